@@ -1,0 +1,130 @@
+#pragma once
+
+#include "PanelTraits.h"
+#include "Services.h"
+
+#include <QWidget>
+
+class QCheckBox;
+class QGridLayout;
+class QGroupBox;
+class QLabel;
+class QPushButton;
+class QRadioButton;
+class QSlider;
+class QVBoxLayout;
+
+namespace tonaro {
+
+// The panel that every exercise window carries: New, Repeat, Reveal,
+// Stop noise!, Reset, test and practice mode, "Don't show anwers", Auto NEW,
+// the verdict, the revealed answer and the score. The score lives in the
+// label captions and nowhere else. A window derives from this class, puts
+// its own controls into exerciseArea() (and topArea()), and supplies its
+// question, its player and its Reveal text; where the windows differ in the
+// panel's own behaviour, its PanelTraits say so.
+class ExercisePanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ExercisePanel(const Services &services, const PanelTraits &traits, QWidget *parent = nullptr);
+    ~ExercisePanel() override;
+
+    // True when the current question has been scored or none is pending.
+    bool Answered = true;
+
+    // The window's load: every control starts as designed, then init.
+    void Form_Load();
+    virtual void init() = 0;
+
+    virtual void New_Click() = 0;
+    virtual void Repeat_Click() = 0;
+    void Reveal_Click();
+    void Test_Click();
+    void Notest_Click();
+    void Reset_Click();
+    void stopnoise_Click();
+    void noanswers_Click();
+    void UpdatePercentage();
+
+    bool isTestMode() const;
+    // The window was unloaded (another exercise chosen, or the program is
+    // closing): whatever sequence is still running for it stops.
+    void unload();
+    bool isUnloaded() const { return m_unloaded; }
+
+protected:
+    // The window's own controls go here (below the top area, left of the panel).
+    QWidget *exerciseArea() const { return m_exerciseArea; }
+    // A full-width strip above everything, for the piano of note recognition.
+    QWidget *topArea() const { return m_topArea; }
+
+    // The panel's steps of init: sliders and labels, test mode, Reveal and
+    // Repeat disabled, Auto NEW enabled where the window does so, Answered.
+    void initPanel();
+    // The panel's part of New before the question is drawn.
+    void beginNew();
+    // The panel's part of New after one question (or note) was played in test mode.
+    void countQuestion();
+    // Judges an answer in test mode and runs the answer sequence; weight is
+    // what a right answer adds (the number of notes in note recognition).
+    void answer(bool right, int weight = 1);
+    void clearLabels();
+    void setCounter(QLabel *label, double value);
+    static double counter(const QLabel *label);
+
+    virtual QString revealText() const = 0;
+    virtual double revealPointSize() const { return m_traits.showLabelPointSize; }
+    // A letter typed anywhere in the window (only with traits.letterKeys).
+    virtual void answerLetter(int key, bool ctrlAlone);
+
+    // WaitMs, then whether the caller may carry on: false when the window
+    // was unloaded or the program closed meanwhile. After false the caller
+    // returns at once without touching the window.
+    bool waitMs(int milliseconds, bool processEvents);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+    Services m_services;
+    const PanelTraits &m_traits;
+
+    QPushButton *m_new;
+    QPushButton *m_repeat;
+    QPushButton *m_reveal;
+    QPushButton *m_stopNoise;
+    QCheckBox *m_noAnswers;
+    QCheckBox *m_autoNew;
+    QSlider *m_autoNewSlider;
+    QLabel *m_autoNewLabel;
+    QLabel *m_verdict;
+    QLabel *m_showLabel;
+    QRadioButton *m_test;
+    QRadioButton *m_noTest;
+    QGroupBox *m_scoreFrame;
+    QPushButton *m_reset;
+    QLabel *m_questions;
+    QLabel *m_rightAnswers;
+    QLabel *m_answers;
+    QLabel *m_percentage;
+    QSlider *m_secondSlider;
+    QLabel *m_secondSliderLabel;
+
+private:
+    void buildPanel();
+    QWidget *buildControlsFrame();
+    QWidget *buildModeFrame();
+    QWidget *buildScoreFrame();
+    void setScoreEnabled(bool enabled);
+
+    QWidget *m_topArea;
+    QWidget *m_exerciseArea;
+    QList<QWidget *> m_testOnlyControls;
+    bool m_unloaded = false;
+};
+
+// A horizontal slider and its value label made from a SliderSpec; the label
+// follows the slider while it is dragged.
+std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSpec &spec, QWidget *parent);
+
+} // namespace tonaro

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace tonaro {
+
+class Midi_interface;
+class MessageBoxes;
+class RandomSource;
+
+// What an exercise window needs from the rest of the program, handed down
+// by the main window (the real ones) or by a test (the doubles).
+struct Services {
+    Midi_interface &midi;
+    MessageBoxes &boxes;
+    RandomSource &random;
+};
+
+} // namespace tonaro

@@ -1,0 +1,64 @@
+#include "MidiPlatform.h"
+
+#include <QCoreApplication>
+#include <array>
+
+namespace tonaro {
+
+namespace {
+
+struct ErrorText {
+    MidiResult result;
+    const char *text;
+};
+
+constexpr std::array errorTexts{
+    ErrorText{MidiResult::Ok, "The operation completed successfully."},
+    ErrorText{MidiResult::Error, "An unspecified error occurred in the MIDI service."},
+    ErrorText{MidiResult::BadDeviceId, "The MIDI device id is out of range: there is no such output device."},
+    ErrorText{MidiResult::DeviceInUse, "The MIDI device is already in use by another program."},
+    ErrorText{MidiResult::InvalidHandle, "The MIDI device handle is not valid: the device is not open."},
+    ErrorText{MidiResult::NoMemory, "There is not enough memory for the MIDI device."},
+    ErrorText{MidiResult::NoAudioOutput,
+              "No audio output could be opened for the built-in synthesizer. "
+              "Start the PulseAudio sound server (package pulseaudio) or check the sound card."},
+    ErrorText{MidiResult::NoSoundFont,
+              "No General MIDI SoundFont was found for the built-in synthesizer. "
+              "Install the package timgm6mb-soundfont (or fluid-soundfont-gm)."},
+    ErrorText{MidiResult::DeviceVanished,
+              "The MIDI device has gone: it was unplugged or its program was closed. "
+              "Choose another device under Options."},
+    ErrorText{MidiResult::SendFailed, "The MIDI device did not accept the message."},
+    ErrorText{MidiResult::DataOutOfRange, "A MIDI data byte was out of the range 0 to 127; the message was not sent."},
+    ErrorText{MidiResult::NoMidiSystem,
+              "The system has no MIDI service (no ALSA sequencer): only the built-in synthesizer can be used."},
+};
+
+} // namespace
+
+QString MidiPlatform::errorText(int code)
+{
+    for (const ErrorText &entry : errorTexts) {
+        if (toCode(entry.result) == code)
+            return QCoreApplication::translate("MidiPlatform", entry.text);
+    }
+    return QCoreApplication::translate("MidiPlatform", "Unknown MIDI error %1.").arg(code);
+}
+
+QString sanitizedDeviceName(const QString &name)
+{
+    QString clean;
+    clean.reserve(name.size());
+    for (const QChar c : name)
+        clean.append(c.isPrint() ? c : QChar(u' '));
+    clean = clean.trimmed();
+    if (clean.size() > MidiPlatform::MaxNameLength) {
+        clean.truncate(MidiPlatform::MaxNameLength);
+        // Never leave half of a surrogate pair at the end.
+        if (clean.back().isHighSurrogate())
+            clean.chop(1);
+    }
+    return clean;
+}
+
+} // namespace tonaro

@@ -1,0 +1,45 @@
+#include "TestServices.h"
+
+#include "exercise/WaitMs.h"
+
+#include <QCheckBox>
+#include <QRadioButton>
+
+namespace tonaro::test {
+
+TestServices::TestServices()
+{
+    setWaitScale(0);
+    midi.MidiDeviceId = 0;
+    midi.MidiInstrument = 24;
+    midi.MidiVolume = 100;
+    midi.MidiChannel = 1;
+    midi.ToggleMidiOut();
+    midi.SelectInstrument(midi.MidiChannel, midi.MidiInstrument, 0, 0);
+    clearRecords();
+}
+
+TestServices::~TestServices()
+{
+    setWaitScale(1);
+}
+
+std::vector<int> TestServices::notesPlayed() const
+{
+    std::vector<int> notes;
+    for (const auto &record : platform.notesOn())
+        notes.push_back(record.data1());
+    return notes;
+}
+
+void click(QWidget *widget)
+{
+    QVERIFY2(widget->isEnabled(), qPrintable(widget->objectName() + QStringLiteral(" is disabled")));
+    // Check boxes and option buttons take clicks on their indicator and text,
+    // which need not reach the middle of a stretched widget.
+    const bool indicator = qobject_cast<QCheckBox *>(widget) || qobject_cast<QRadioButton *>(widget);
+    const QPoint at = indicator ? QPoint(6, widget->height() / 2) : widget->rect().center();
+    QTest::mouseClick(widget, Qt::LeftButton, {}, at);
+}
+
+} // namespace tonaro::test

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "exercise/RandomSource.h"
+#include "exercise/Services.h"
+#include "midi/Midi_interface.h"
+#include "midi/RecordingMidiPlatform.h"
+#include "shell/MessageBoxes.h"
+
+#include <QtTest>
+
+namespace tonaro::test {
+
+// The doubles a test drives the real widgets with: the MIDI recorder, the
+// message-box recorder and a scripted random source, wired into a port that
+// has been set up as start-up does (device 0, channel 1, velocity 100,
+// program 24, open). Waits take no time unless a test sets a scale.
+struct TestServices {
+    TestServices();
+    ~TestServices();
+
+    RecordingMidiPlatform platform;
+    RecordingMessageBoxes boxes;
+    ScriptedRandomSource random;
+    Midi_interface midi{platform, boxes};
+    Services services{midi, boxes, random};
+
+    // The note numbers of the note-on messages sent since the last clear.
+    std::vector<int> notesPlayed() const;
+    void clearRecords() { platform.clear(); boxes.clear(); }
+};
+
+// Finds a child by objectName and fails the test when it is missing.
+template<typename T>
+T *child(const QObject *parent, const QString &name)
+{
+    T *found = parent->findChild<T *>(name);
+    if (!found)
+        qFatal("no child %s named %s", T::staticMetaObject.className(), qPrintable(name));
+    return found;
+}
+
+// Clicks a button, check box or option button the way a user does.
+void click(QWidget *widget);
+
+} // namespace tonaro::test
