@@ -78,6 +78,8 @@ protected:
     virtual double revealPointSize() const { return m_traits.showLabelPointSize; }
     // A letter typed anywhere in the window (only with traits.letterKeys).
     virtual void answerLetter(int key, bool ctrlAlone);
+    // After the panel's Reset: a window drops what it keeps of an unfinished answer.
+    virtual void onReset() {}
 
     // WaitMs, then whether the caller may carry on: false when the window
     // was unloaded or the program closed meanwhile. After false the caller

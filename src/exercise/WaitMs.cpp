@@ -41,6 +41,11 @@ bool waitsAbandoned()
     return g_abandoned;
 }
 
+void resumeWaits()
+{
+    g_abandoned = false;
+}
+
 void WaitMs(int milliseconds, bool processEvents)
 {
     const auto start = Clock::now();

@@ -23,5 +23,7 @@ double waitScale();
 // handlers abandon the rest of their sequence.
 void abandonWaits();
 bool waitsAbandoned();
+// For tests that close the main window and go on with other cases.
+void resumeWaits();
 
 } // namespace tonaro

@@ -22,7 +22,7 @@ public:
         MidiHandle handle = 0;       // Close, Send, and the handle Open returned
         std::uint32_t message = 0;   // Send
         int result = 0;
-        std::chrono::steady_clock::time_point time;
+        std::chrono::steady_clock::time_point time{};
 
         std::uint8_t status() const { return message & 0xFF; }
         std::uint8_t data1() const { return (message >> 8) & 0xFF; }

@@ -7,9 +7,12 @@
 
 namespace tonaro::test {
 
-TestServices::TestServices()
+TestServices::TestServices(bool openPort)
 {
     setWaitScale(0);
+    resumeWaits();
+    if (!openPort)
+        return;
     midi.MidiDeviceId = 0;
     midi.MidiInstrument = 24;
     midi.MidiVolume = 100;

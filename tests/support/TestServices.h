@@ -15,7 +15,8 @@ namespace tonaro::test {
 // has been set up as start-up does (device 0, channel 1, velocity 100,
 // program 24, open). Waits take no time unless a test sets a scale.
 struct TestServices {
-    TestServices();
+    // openPort false leaves the port closed and unconfigured, as before start-up.
+    explicit TestServices(bool openPort = true);
     ~TestServices();
 
     RecordingMidiPlatform platform;

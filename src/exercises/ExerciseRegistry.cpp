@@ -1,0 +1,35 @@
+#include "ExerciseRegistry.h"
+
+#include "PlaceholderExercise.h"
+#include "formmelody/formmelody.h"
+
+namespace tonaro {
+
+namespace {
+
+template<typename Window>
+ExercisePanel *make(const Services &services, QWidget *parent)
+{
+    return new Window(services, parent);
+}
+
+ExercisePanel *placeholder(const Services &services, QWidget *parent)
+{
+    return new PlaceholderExercise(services, parent);
+}
+
+} // namespace
+
+const std::array<ExerciseEntry, 5> &exerciseEntries()
+{
+    static const std::array<ExerciseEntry, 5> entries{{
+        {"Melody", "formmelody", ":/icons/melody.svg", 7275, make<formmelody>},
+        {"Intervals", "formintervalli", ":/icons/intervals.svg", 6585, placeholder},
+        {"Chords", "Formchords", ":/icons/chords.svg", 7065, placeholder},
+        {"Scale", "Formscales", ":/icons/scale.svg", 6705, placeholder},
+        {"Armony", "formarmonia", ":/icons/armony.svg", 5655, placeholder},
+    }};
+    return entries;
+}
+
+} // namespace tonaro

@@ -1,0 +1,195 @@
+#include "MDIForm1.h"
+
+#include "MessageBoxes.h"
+#include "formabout.h"
+#include "frmSplash.h"
+#include "exercise/ExercisePanel.h"
+#include "exercise/WaitMs.h"
+#include "exercises/ExerciseRegistry.h"
+#include "midi/Midi_interface.h"
+#include "midi/optionsform.h"
+
+#include <QCloseEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
+
+static void initShellResources()
+{
+    Q_INIT_RESOURCE(shell);
+}
+
+namespace tonaro {
+
+namespace {
+
+constexpr int BarHeightTwips = 1215;
+constexpr int ButtonSizeTwips = 1095;
+constexpr int ButtonStepTwips = 1080;
+constexpr int SplashMilliseconds = 1500;
+constexpr int IntervalsButton = 1; // the one button with a hover highlight
+
+} // namespace
+
+MDIForm1::MDIForm1(const Services &services, QWidget *parent)
+    : QMainWindow(parent)
+    , m_services(services)
+{
+    initShellResources();
+    setObjectName(QStringLiteral("MDIForm1"));
+    setWindowTitle(Title);
+    setWindowIcon(QIcon(QStringLiteral(":/icons/tonaro.svg")));
+
+    m_mdiArea = new QMdiArea(this);
+    m_mdiArea->setObjectName(QStringLiteral("mdiarea"));
+    m_mdiArea->setBackground(palette().brush(QPalette::Dark));
+    setCentralWidget(m_mdiArea);
+
+    createBar();
+    createMenus();
+    resize(twipsToPixels(exerciseEntries()[0].mainWindowWidthTwips), twipsToPixels(HeightTwips));
+    m_services.midi.setDialogParent(this);
+}
+
+MDIForm1::~MDIForm1()
+{
+    unloadExercise();
+}
+
+void MDIForm1::createBar()
+{
+    auto *bar = new QToolBar(tr("Exercises"), this);
+    bar->setObjectName(QStringLiteral("exercisebar"));
+    bar->setMovable(false);
+    bar->setFloatable(false);
+    bar->setFixedHeight(twipsToPixels(BarHeightTwips));
+    bar->setContentsMargins(0, 0, 0, 0);
+    bar->layout()->setSpacing(twipsToPixels(ButtonStepTwips - ButtonSizeTwips));
+    const int size = twipsToPixels(ButtonSizeTwips);
+    const auto &entries = exerciseEntries();
+    for (int index = 0; index < int(entries.size()); ++index) {
+        auto *button = new QToolButton(bar);
+        button->setObjectName(QStringLiteral("botton1_%1").arg(index));
+        button->setText(tr(entries[index].caption));
+        button->setIcon(QIcon(QString::fromLatin1(entries[index].icon)));
+        button->setIconSize(QSize(size - 28, size - 28));
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        button->setFixedSize(size, size);
+        button->setCheckable(true);
+        button->setChecked(index == 0);
+        button->setAutoRaise(index == IntervalsButton);
+        button->setToolTip(tr("%1 exercise").arg(button->text()));
+        connect(button, &QToolButton::clicked, this, [this, index] { botton1_Click(index); });
+        bar->addWidget(button);
+        m_buttons[std::size_t(index)] = button;
+    }
+    addToolBar(Qt::TopToolBarArea, bar);
+}
+
+void MDIForm1::createMenus()
+{
+    QAction *options = menuBar()->addAction(tr("&Options"));
+    options->setObjectName(QStringLiteral("optionmnu"));
+    connect(options, &QAction::triggered, this, &MDIForm1::optionmnu_Click);
+    QAction *about = menuBar()->addAction(tr("&About"));
+    about->setObjectName(QStringLiteral("aboutmnu"));
+    connect(about, &QAction::triggered, this, &MDIForm1::aboutmnu_Click);
+}
+
+void MDIForm1::MDIForm_Load()
+{
+    auto *splash = new frmSplash;
+    splash->show();
+    WaitMs(SplashMilliseconds, true);
+    show();
+    delete splash;
+    InitMidi();
+    showExercise(0);
+}
+
+void MDIForm1::InitMidi()
+{
+    Midi_interface &midi = m_services.midi;
+    midi.MidiDeviceId = 0;
+    midi.MidiInstrument = 24;
+    midi.MidiVolume = 100;
+    midi.MidiChannel = 1;
+    midi.MidiPortOpen = false;
+    CurrentExercise = 0;
+    midi.ToggleMidiOut();
+    midi.SelectInstrument(midi.MidiChannel, midi.MidiInstrument, 0, 0);
+}
+
+void MDIForm1::botton1_Click(int index)
+{
+    if (index == CurrentExercise) {
+        // Its toggle has just released the pressed button: press it again and
+        // leave the exercise, its question and its score alone.
+        m_buttons[std::size_t(index)]->setChecked(true);
+        return;
+    }
+    m_buttons[std::size_t(CurrentExercise)]->setChecked(false);
+    m_buttons[std::size_t(index)]->setChecked(true);
+    CurrentExercise = std::int16_t(index);
+    resize(twipsToPixels(exerciseEntries()[std::size_t(index)].mainWindowWidthTwips), twipsToPixels(HeightTwips));
+    showExercise(index);
+}
+
+void MDIForm1::showExercise(int index)
+{
+    // Loading an exercise window unloads the other one: its question and
+    // score are gone, and a handler of it that is still waiting gives up.
+    unloadExercise();
+    const ExerciseEntry &entry = exerciseEntries()[std::size_t(index)];
+    m_exercise = entry.create(m_services, nullptr);
+    if (m_exercise->objectName().isEmpty())
+        m_exercise->setObjectName(QString::fromLatin1(entry.windowName));
+    m_subWindow = m_mdiArea->addSubWindow(m_exercise, Qt::SubWindow | Qt::FramelessWindowHint);
+    m_subWindow->setObjectName(QStringLiteral("subwindow"));
+    m_subWindow->setWindowTitle(m_exercise->windowTitle());
+    m_subWindow->showMaximized();
+    m_exercise->Form_Load();
+    m_exercise->setFocus();
+}
+
+void MDIForm1::unloadExercise()
+{
+    if (m_exercise)
+        m_exercise->unload();
+    if (m_subWindow) {
+        m_mdiArea->removeSubWindow(m_subWindow);
+        m_subWindow->hide();
+        // Deferred: the window may be the one whose click handler is running.
+        m_subWindow->deleteLater();
+    }
+    m_exercise = nullptr;
+    m_subWindow = nullptr;
+}
+
+void MDIForm1::optionmnu_Click()
+{
+    optionsform dialog(m_services.midi, this);
+    dialog.exec();
+}
+
+void MDIForm1::aboutmnu_Click()
+{
+    formabout about(this);
+    about.exec();
+}
+
+void MDIForm1::closeEvent(QCloseEvent *event)
+{
+    if (!m_services.boxes.question(this, Title, tr("Exit from Tonaro 1.2?"))) {
+        event->ignore();
+        return;
+    }
+    m_services.midi.ToggleMidiOut();
+    unloadExercise();
+    abandonWaits();
+    event->accept();
+}
+
+} // namespace tonaro

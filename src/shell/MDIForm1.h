@@ -1,0 +1,64 @@
+#pragma once
+
+#include "exercise/Services.h"
+
+#include <QMainWindow>
+#include <QPointer>
+#include <array>
+#include <cstdint>
+
+class QMdiArea;
+class QMdiSubWindow;
+class QToolButton;
+
+namespace tonaro {
+
+class ExercisePanel;
+
+// The main window: a bar of five exercise buttons over a multiple-document
+// area that shows one exercise window at a time, the Options and About
+// menu entries, the start-up and the exit question.
+class MDIForm1 : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    static constexpr int TwipsPerPixel = 15;
+    static constexpr int HeightTwips = 10050;
+    static inline const QString Title = QStringLiteral("Tonaro 1.2");
+
+    explicit MDIForm1(const Services &services, QWidget *parent = nullptr);
+    ~MDIForm1() override;
+
+    // The index of the pressed bar button, the exercise shown last from the bar.
+    std::int16_t CurrentExercise = 0;
+
+    // Start-up: splash, main window, MIDI port, note recognition.
+    void MDIForm_Load();
+    void InitMidi();
+    void botton1_Click(int index);
+    void optionmnu_Click();
+    void aboutmnu_Click();
+
+    ExercisePanel *exerciseWindow() const { return m_exercise; }
+
+protected:
+    // MDIForm_Unload: the exit question comes before anything is closed.
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void createBar();
+    void createMenus();
+    void showExercise(int index);
+    void unloadExercise();
+
+    Services m_services;
+    QMdiArea *m_mdiArea;
+    std::array<QToolButton *, 5> m_buttons{};
+    QPointer<ExercisePanel> m_exercise;
+    QPointer<QMdiSubWindow> m_subWindow;
+};
+
+constexpr int twipsToPixels(int twips) { return twips / MDIForm1::TwipsPerPixel; }
+
+} // namespace tonaro
