@@ -7,6 +7,7 @@ namespace tonaro {
 
 namespace {
 
+// Every text fits the 128-character buffer that the error box reads it into.
 struct ErrorText {
     MidiResult result;
     const char *text;
@@ -20,18 +21,19 @@ constexpr std::array errorTexts{
     ErrorText{MidiResult::InvalidHandle, "The MIDI device handle is not valid: the device is not open."},
     ErrorText{MidiResult::NoMemory, "There is not enough memory for the MIDI device."},
     ErrorText{MidiResult::NoAudioOutput,
-              "No audio output could be opened for the built-in synthesizer. "
-              "Start the PulseAudio sound server (package pulseaudio) or check the sound card."},
+              "The built-in synthesizer found no sound server. "
+              "Start PulseAudio (package pulseaudio) or check the sound card."},
     ErrorText{MidiResult::NoSoundFont,
-              "No General MIDI SoundFont was found for the built-in synthesizer. "
-              "Install the package timgm6mb-soundfont (or fluid-soundfont-gm)."},
+              "The built-in synthesizer found no usable General MIDI SoundFont. "
+              "Install the package timgm6mb-soundfont."},
     ErrorText{MidiResult::DeviceVanished,
-              "The MIDI device has gone: it was unplugged or its program was closed. "
+              "The MIDI device has gone (unplugged, or its program closed). "
               "Choose another device under Options."},
     ErrorText{MidiResult::SendFailed, "The MIDI device did not accept the message."},
     ErrorText{MidiResult::DataOutOfRange, "A MIDI data byte was out of the range 0 to 127; the message was not sent."},
     ErrorText{MidiResult::NoMidiSystem,
-              "The system has no MIDI service (no ALSA sequencer): only the built-in synthesizer can be used."},
+              "The system has no MIDI service (no ALSA sequencer): "
+              "only the built-in synthesizer can be used."},
 };
 
 } // namespace

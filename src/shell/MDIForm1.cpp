@@ -68,13 +68,14 @@ void MDIForm1::createBar()
     bar->setContentsMargins(0, 0, 0, 0);
     bar->layout()->setSpacing(twipsToPixels(ButtonStepTwips - ButtonSizeTwips));
     const int size = twipsToPixels(ButtonSizeTwips);
+    // The bar sets its buttons' icon size: room for the caption below the picture.
+    bar->setIconSize(QSize(size - 26, size - 26));
     const auto &entries = exerciseEntries();
     for (int index = 0; index < int(entries.size()); ++index) {
         auto *button = new QToolButton(bar);
         button->setObjectName(QStringLiteral("botton1_%1").arg(index));
         button->setText(tr(entries[index].caption));
         button->setIcon(QIcon(QString::fromLatin1(entries[index].icon)));
-        button->setIconSize(QSize(size - 28, size - 28));
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         button->setFixedSize(size, size);
         button->setCheckable(true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exercise/ExercisePanel.h"
 #include "exercise/Services.h"
 
 #include <QMainWindow>
@@ -13,7 +14,6 @@ class QToolButton;
 
 namespace tonaro {
 
-class ExercisePanel;
 
 // The main window: a bar of five exercise buttons over a multiple-document
 // area that shows one exercise window at a time, the Options and About

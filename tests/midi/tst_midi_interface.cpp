@@ -18,6 +18,7 @@ private slots:
     void closedPortRefusesEveryMessage();
     void failuresShowTheOperationAndTheServiceText_data();
     void failuresShowTheOperationAndTheServiceText();
+    void everyErrorTextFitsTheBox();
     void dataAboveAByteIsNeverSent();
     void mapperIdReachesThePlatformUnchanged();
 };
@@ -150,6 +151,17 @@ void MidiInterfaceTest::failuresShowTheOperationAndTheServiceText()
     QCOMPARE(fx.boxes.texts(), QStringList{expected});
     QCOMPARE(fx.boxes.boxes().front().title, MessageBoxes::ApplicationTitle);
     QVERIFY(fx.platform.errorText(code).contains(QStringLiteral("gone")));
+}
+
+void MidiInterfaceTest::everyErrorTextFitsTheBox()
+{
+    // The error box reads the text into a 128-character buffer: a longer
+    // text would lose its end, usually the part that says what to do.
+    RecordingMidiPlatform platform;
+    for (int code = 0; code < 128; ++code) {
+        const QString text = platform.errorText(code);
+        QVERIFY2(!text.isEmpty() && text.size() <= 127, qPrintable(text));
+    }
 }
 
 void MidiInterfaceTest::dataAboveAByteIsNeverSent()
