@@ -3,10 +3,10 @@
 #include "MidiPlatform.h"
 
 #include <QPointer>
+#include <QWidget>
 #include <QString>
 #include <cstdint>
 
-class QWidget;
 
 namespace tonaro {
 
