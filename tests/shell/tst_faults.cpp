@@ -1,0 +1,172 @@
+// Every platform call failing with every result code, at every point where
+// the program talks to the device: each fault shows its box, and leaves the
+// score, the ticked choices and the next click as a fault-free run leaves them.
+#include "TestServices.h"
+
+#include "exercise/ExercisePanel.h"
+#include "exercise/WaitMs.h"
+#include "shell/MDIForm1.h"
+
+#include <QComboBox>
+#include <QDialog>
+
+using namespace tonaro;
+using Call = RecordingMidiPlatform::Call;
+
+namespace {
+
+enum class Phase { StartUp, Question, Wait, StopNoise, Settings };
+
+constexpr std::array<MidiResult, 11> FailureCodes{
+    MidiResult::Error, MidiResult::BadDeviceId, MidiResult::DeviceInUse, MidiResult::InvalidHandle,
+    MidiResult::NoMemory, MidiResult::NoAudioOutput, MidiResult::NoSoundFont, MidiResult::DeviceVanished,
+    MidiResult::SendFailed, MidiResult::DataOutOfRange, MidiResult::NoMidiSystem};
+
+QString operationName(Call call)
+{
+    switch (call) {
+    case Call::Open:
+        return QStringLiteral("Open");
+    case Call::Close:
+        return QStringLiteral("Close");
+    default:
+        return QStringLiteral("ShortMsg");
+    }
+}
+
+// What the user can see of an exercise after a phase: the score and the boxes.
+struct Outcome {
+    QStringList score;
+    QString ticked;
+    QStringList boxes;
+    std::vector<int> nextNotes;
+};
+
+QStringList scoreOf(const ExercisePanel *window)
+{
+    QStringList score;
+    for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel"})
+        score << test::child<QLabel>(window, QString::fromLatin1(name))->text();
+    return score;
+}
+
+QString tickedOf(const ExercisePanel *window)
+{
+    QString ticked;
+    for (const QCheckBox *box : window->findChildren<QCheckBox *>())
+        ticked += box->isChecked() ? QLatin1Char('x') : QLatin1Char('-');
+    return ticked;
+}
+
+Outcome runPhase(Phase phase, Call call, int code)
+{
+    test::TestServices fx(false);
+    MDIForm1 window(fx.services);
+    const auto inject = [&] {
+        if (code != 0)
+            fx.platform.setFailure(call, code);
+    };
+    if (phase == Phase::StartUp)
+        inject();
+    window.MDIForm_Load();
+    ExercisePanel *melody = window.exerciseWindow();
+    test::child<QComboBox>(melody, QStringLiteral("nnotescombo"))->setCurrentIndex(2);
+    emit test::child<QComboBox>(melody, QStringLiteral("nnotescombo"))->activated(2);
+    fx.random.script({0.1, 0.2, 0.3, 0.4, 0.5, 0.6});
+
+    switch (phase) {
+    case Phase::StartUp:
+        break;
+    case Phase::Question:
+        inject();
+        test::click(test::child<QPushButton>(melody, QStringLiteral("New")));
+        break;
+    case Phase::Wait:
+        // The fault arrives between two notes of a question.
+        setWaitScale(0.02);
+        QTimer::singleShot(5, melody, inject);
+        test::click(test::child<QPushButton>(melody, QStringLiteral("New")));
+        setWaitScale(0);
+        break;
+    case Phase::StopNoise:
+        inject();
+        test::click(test::child<QPushButton>(melody, QStringLiteral("stopnoise")));
+        break;
+    case Phase::Settings:
+        inject();
+        QTimer::singleShot(0, &window, [&] { window.findChild<QDialog *>(QStringLiteral("optionsform"))->close(); });
+        window.optionmnu_Click();
+        break;
+    }
+
+    Outcome outcome{scoreOf(melody), tickedOf(melody), fx.boxes.texts(), {}};
+    // The fault goes away; a restart brings the port back and the next
+    // question sounds.
+    fx.platform.setFailure(call, 0);
+    if (!fx.midi.MidiPortOpen)
+        fx.midi.ToggleMidiOut();
+    fx.platform.clear();
+    test::click(test::child<QPushButton>(window.exerciseWindow(), QStringLiteral("New")));
+    outcome.nextNotes = fx.notesPlayed();
+    return outcome;
+}
+
+} // namespace
+
+class FaultTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyFaultIsShownAndLosesNothing_data();
+    void everyFaultIsShownAndLosesNothing();
+};
+
+void FaultTest::everyFaultIsShownAndLosesNothing_data()
+{
+    QTest::addColumn<int>("phase");
+    QTest::addColumn<int>("call");
+    QTest::addColumn<int>("code");
+    const std::array<std::pair<Phase, const char *>, 5> phases{{{Phase::StartUp, "start-up"},
+                                                                {Phase::Question, "question"},
+                                                                {Phase::Wait, "wait"},
+                                                                {Phase::StopNoise, "stop noise"},
+                                                                {Phase::Settings, "settings"}}};
+    for (const auto &[phase, phaseName] : phases) {
+        for (const Call call : {Call::Open, Call::Close, Call::Send}) {
+            for (const MidiResult code : FailureCodes) {
+                QTest::addRow("%s, %s fails with %d", phaseName, qPrintable(operationName(call)), toCode(code))
+                    << int(phase) << int(call) << toCode(code);
+            }
+        }
+    }
+}
+
+void FaultTest::everyFaultIsShownAndLosesNothing()
+{
+    QFETCH(int, phase);
+    QFETCH(int, call);
+    QFETCH(int, code);
+    const Outcome clean = runPhase(Phase(phase), Call(call), 0);
+    const Outcome faulty = runPhase(Phase(phase), Call(call), code);
+
+    QVERIFY(clean.boxes.isEmpty());
+    const QString errorBox = QStringLiteral("Operation:%1\r\n%2")
+                                 .arg(operationName(Call(call)), RecordingMidiPlatform().errorText(code));
+    for (const QString &box : faulty.boxes)
+        QVERIFY2(box == errorBox || box == Midi_interface::RefusalText, qPrintable(box));
+    // A failing call is reported wherever the phase makes it: every phase
+    // sends, start-up opens, and the restarts close and open.
+    const bool restarts = Phase(phase) == Phase::StopNoise || Phase(phase) == Phase::Settings;
+    const bool made = Call(call) == Call::Send || restarts || (Call(call) == Call::Open && Phase(phase) == Phase::StartUp);
+    if (made)
+        QVERIFY2(faulty.boxes.contains(errorBox), qPrintable(faulty.boxes.join(QLatin1Char('|'))));
+
+    QCOMPARE(faulty.score, clean.score);
+    QCOMPARE(faulty.ticked, clean.ticked);
+    QCOMPARE(faulty.nextNotes, clean.nextNotes);
+    QVERIFY(!faulty.nextNotes.empty());
+}
+
+QTEST_MAIN(FaultTest)
+#include "tst_faults.moc"
