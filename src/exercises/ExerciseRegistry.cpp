@@ -2,6 +2,10 @@
 
 #include "PlaceholderExercise.h"
 #include "formmelody/formmelody.h"
+#include "formintervalli/formintervalli.h"
+#include "Formchords/Formchords.h"
+#include "Formscales/Formscales.h"
+#include "formarmonia/formarmonia.h"
 
 namespace tonaro {
 
@@ -24,10 +28,10 @@ const std::array<ExerciseEntry, 5> &exerciseEntries()
 {
     static const std::array<ExerciseEntry, 5> entries{{
         {"Melody", "formmelody", ":/icons/melody.svg", 7275, make<formmelody>},
-        {"Intervals", "formintervalli", ":/icons/intervals.svg", 6585, placeholder},
-        {"Chords", "Formchords", ":/icons/chords.svg", 7065, placeholder},
-        {"Scale", "Formscales", ":/icons/scale.svg", 6705, placeholder},
-        {"Armony", "formarmonia", ":/icons/armony.svg", 5655, placeholder},
+        {"Intervals", "formintervalli", ":/icons/intervals.svg", 6585, make<formintervalli>},
+        {"Chords", "Formchords", ":/icons/chords.svg", 7065, make<Formchords>},
+        {"Scale", "Formscales", ":/icons/scale.svg", 6705, make<Formscales>},
+        {"Armony", "formarmonia", ":/icons/armony.svg", 5655, make<formarmonia>},
     }};
     return entries;
 }

@@ -1,0 +1,87 @@
+#include "Formscales.h"
+
+#include "ScaleCatalogue.h"
+#include "exercise/RootChoice.h"
+#include "exercise/RootNames.h"
+
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace tonaro {
+
+namespace {
+
+// This window's "Label2" is its root label, so the score's caption is Label1.
+const PanelTraits Traits{
+    .clearOnNew = PanelTraits::ClearOnNew::Always,
+    .noanswersClearsLabels = false,
+    .showLabelPointSize = 9.75,
+    .rightAnswersCaptionName = "Label1",
+    .secondSlider = {"sliderintervals", "sliderintervalslabel", 0, 2000, 1, 5, 100, 250},
+};
+
+// Eighteen rows have to fit the window's height: compact rows.
+constexpr CatalogueView View{"Scales and Modes", "scales", "playscale", 18, 18};
+
+} // namespace
+
+Formscales::Formscales(const Services &services, QWidget *parent)
+    : CatalogueExercise(services, Traits, ScaleCatalogue, ScalePresets, View, parent)
+{
+    setObjectName(QStringLiteral("Formscales"));
+    setWindowTitle(tr("Scales"));
+
+    QGroupBox *gap = makeSliderFrame(tr("Intervals [ms]"), false);
+
+    auto *rootLabel = new QLabel(tr("Root"), exerciseArea());
+    rootLabel->setObjectName(QStringLiteral("Label2"));
+    QComboBox *roots = makeRootList(true);
+    rootLabel->setBuddy(roots);
+    auto *rootRow = new QHBoxLayout;
+    rootRow->addWidget(rootLabel);
+    rootRow->addWidget(roots, 1);
+
+    auto *column = new QVBoxLayout(exerciseArea());
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addWidget(catalogueFrame());
+    column->addWidget(gap);
+    column->addLayout(rootRow);
+    column->addStretch();
+}
+
+void Formscales::init()
+{
+    rootList()->setCurrentIndex(1);
+    initPanel();
+    applyPreset(ScalePresets[MainScales]);
+    Answered = true;
+}
+
+void Formscales::makeQuestion(int index)
+{
+    QuestionScale = index;
+    const int root = roots::intoQuestionOctave(listRoot());
+    QuestionNotes = NoteRow::stacked(root, entry(index).steps);
+}
+
+bool Formscales::playQuestion()
+{
+    return playNotes(QuestionNotes, true);
+}
+
+void Formscales::practise(int index)
+{
+    // Before the first question the list's root is not brought down.
+    ButtonNotes = NoteRow::stacked(practiceRoot(QuestionNotes.root()), entry(index).steps);
+    playNotes(ButtonNotes, true);
+}
+
+QString Formscales::revealText() const
+{
+    return rootName(QuestionNotes.root()) + QLatin1Char(' ') + QString::fromLatin1(entry(QuestionScale).revealName);
+}
+
+} // namespace tonaro
