@@ -11,7 +11,6 @@
 #include "exercises/formintervalli/formintervalli.h"
 #include "midi/MidiMessages.h"
 
-#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QSlider>
@@ -40,6 +39,7 @@ public:
     }
 };
 
+// One catalogue window on the hooked recorder, loaded, in test mode.
 struct Fixture {
     HookedPlatform platform;
     RecordingMessageBoxes boxes;
@@ -47,6 +47,7 @@ struct Fixture {
     Midi_interface midi{platform, boxes};
     Services services{midi, boxes, random};
     QPointer<CatalogueExercise> w;
+    QString playName = "playchord";
 
     explicit Fixture(const QString &window)
     {
@@ -54,14 +55,17 @@ struct Fixture {
         midi.MidiChannel = 1;
         midi.MidiVolume = 100;
         midi.ToggleMidiOut();
-        if (window == "formintervalli")
+        if (window == "formintervalli") {
             w = new formintervalli(services);
-        else if (window == "Formchords")
+            playName = "playint";
+        } else if (window == "Formchords") {
             w = new Formchords(services);
-        else if (window == "Formscales")
+        } else if (window == "Formscales") {
             w = new Formscales(services);
-        else
+            playName = "playscale";
+        } else {
             w = new formarmonia(services);
+        }
         w->Form_Load();
         w->show();
         platform.clear();
@@ -74,17 +78,17 @@ struct Fixture {
     }
     template<typename T = QAbstractButton>
     T *get(const QString &name) { return child<T>(w, name); }
-    QList<QCheckBox *> boxes_() { return w->findChildren<QCheckBox *>(QRegularExpression("^[a-z]+_\\d+$")); }
+    QAbstractButton *playButton(int index) { return get(QStringLiteral("%1_%2").arg(playName).arg(index)); }
+    QList<QCheckBox *> checkBoxes() { return w->findChildren<QCheckBox *>(QRegularExpression("^[a-z]+_\\d+$")); }
     QList<int> ticked()
     {
         QList<int> indexes;
-        for (QCheckBox *box : boxes_())
+        for (QCheckBox *box : checkBoxes())
             if (box->isChecked())
                 indexes << box->objectName().section('_', 1).toInt();
-        std::sort(indexes.begin(), indexes.end());
         return indexes;
     }
-    int notes() const { return int(platform.notesOn().size()); }
+    QSlider *gapSlider() { return w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).constFirst(); }
     QList<int> played() const
     {
         QList<int> notes;
@@ -92,6 +96,7 @@ struct Fixture {
             notes << record.data1();
         return notes;
     }
+    int notes() const { return int(platform.notesOn().size()); }
 };
 
 QList<int> range(int first, int last)
@@ -102,7 +107,6 @@ QList<int> range(int first, int last)
 }
 
 const QStringList Windows{"formintervalli", "Formchords", "Formscales", "formarmonia"};
-const QStringList PlayButtons{"playint", "playchord", "playscale", "playchord"};
 
 } // namespace
 
@@ -122,10 +126,10 @@ private slots:
     void nothingTickedKeepsTheEmptyRecord();
     void answerIsJudgedOnceAndAutoNewFollows_data();
     void answerIsJudgedOnceAndAutoNewFollows();
-    void onlyTheQuestionGapOfAnIntervalLetsEventsThrough_data();
-    void onlyTheQuestionGapOfAnIntervalLetsEventsThrough();
-    void unloadDuringAWaitStopsTheSequence_data();
-    void unloadDuringAWaitStopsTheSequence();
+    void waitsLetEventsThroughOnlyInTheIntervalGap_data();
+    void waitsLetEventsThroughOnlyInTheIntervalGap();
+    void deletionDuringAnEventWaitEndsTheSequence_data();
+    void deletionDuringAnEventWaitEndsTheSequence();
 };
 
 void CatalogueTest::tablesHoldTogether()
@@ -199,12 +203,11 @@ void CatalogueTest::windowsShowTheirCatalogue()
     QFETCH(QStringList, spoken);
 
     Fixture fx(window);
-    const QString buttonName = PlayButtons[Windows.indexOf(window)];
-    QCOMPARE(fx.boxes_().size(), count);
+    QCOMPARE(fx.checkBoxes().size(), count);
     QCOMPARE(captions.size(), count);
     for (int i = 0; i < count; ++i) {
         QCOMPARE(fx.get<QCheckBox>(QStringLiteral("%1_%2").arg(boxName).arg(i))->text(), captions[i]);
-        auto *play = fx.get<QPushButton>(QStringLiteral("%1_%2").arg(buttonName).arg(i));
+        QAbstractButton *play = fx.playButton(i);
         QCOMPARE(play->accessibleName(), "Play " + spoken[i]);
         QVERIFY(play->text().isEmpty() && !play->icon().isNull());
     }
@@ -239,7 +242,7 @@ void CatalogueTest::presetsSetTheirBoxes()
     QFETCH(QList<int>, after);
 
     Fixture fx(window);
-    for (QCheckBox *box : fx.boxes_())
+    for (QCheckBox *box : fx.checkBoxes())
         box->setChecked(before.contains(box->objectName().section('_', 1).toInt()));
     click(fx.get(preset));
     QCOMPARE(fx.ticked(), after);
@@ -304,12 +307,11 @@ void CatalogueTest::nothingTickedKeepsTheEmptyRecord()
     QFETCH(QString, reveal);
 
     Fixture fx(window);
-    for (QCheckBox *box : fx.boxes_())
+    for (QCheckBox *box : fx.checkBoxes())
         box->setChecked(false);
     click(fx.get("New"));
     QVERIFY(fx.get("Repeat")->isEnabled());
     QCOMPARE(fx.get<QLabel>("questlabel")->text(), "0");
-    QVERIFY(fx.w->Answered);
     QCOMPARE(fx.random.drawsMade(), 0);
     click(fx.get("Repeat"));
     QCOMPARE(fx.played(), repeated);
@@ -339,11 +341,10 @@ void CatalogueTest::answerIsJudgedOnceAndAutoNewFollows()
     QFETCH(bool, labelsKept);
 
     Fixture fx(window);
-    const QString buttonName = PlayButtons[Windows.indexOf(window)];
     click(fx.get("New"));
     const int first = fx.ticked().constFirst();
     fx.platform.clear();
-    click(fx.get(QStringLiteral("%1_%2").arg(buttonName).arg(first)));
+    click(fx.playButton(first));
     QCOMPARE(fx.get<QLabel>("rightanslabel")->text(), "1");
     QCOMPARE(fx.get<QLabel>("questlabel")->text(), "2");
     QCOMPARE(fx.get<QLabel>("perclabel")->text(), "100");
@@ -355,14 +356,14 @@ void CatalogueTest::answerIsJudgedOnceAndAutoNewFollows()
     fx.get<QCheckBox>("autonewcheck")->setChecked(false);
     fx.platform.clear();
     for (int click_ = 0; click_ < 2; ++click_)
-        click(fx.get(QStringLiteral("%1_%2").arg(buttonName).arg(first + 1)));
+        click(fx.playButton(first + 1));
     QCOMPARE(fx.get<QLabel>("anslabel")->text(), "2");
     QCOMPARE(fx.get<QLabel>("rightwronglabel")->text(), "Wrong!");
     QCOMPARE(fx.get<QLabel>("perclabel")->text(), "50");
     QCOMPARE(fx.notes(), 0);
 }
 
-void CatalogueTest::onlyTheQuestionGapOfAnIntervalLetsEventsThrough_data()
+void CatalogueTest::waitsLetEventsThroughOnlyInTheIntervalGap_data()
 {
     QTest::addColumn<QString>("window");
     QTest::addColumn<QStringList>("setup");
@@ -379,92 +380,73 @@ void CatalogueTest::onlyTheQuestionGapOfAnIntervalLetsEventsThrough_data()
     QTest::newRow("harmony practice arpeggio") << "formarmonia" << QStringList{"Notest", "Arpeggiooption"} << "play" << 3;
 }
 
-// An event posted as the playing starts runs inside the wait that processes
-// events, and only after the whole sequence where the waits do not.
-void CatalogueTest::onlyTheQuestionGapOfAnIntervalLetsEventsThrough()
+// An event posted as the playing starts runs inside a wait that processes
+// events, and only after the whole sequence where the waits do not. When
+// the program closes during any of these waits, the sequence ends there and
+// a question is not counted.
+void CatalogueTest::waitsLetEventsThroughOnlyInTheIntervalGap()
 {
     QFETCH(QString, window);
     QFETCH(QStringList, setup);
     QFETCH(QString, trigger);
     QFETCH(int, notesBeforeEvents);
 
-    Fixture fx(window);
-    for (const QString &control : setup)
-        click(fx.get(control));
-    fx.w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).constFirst()->setValue(20);
-    fx.platform.clear();
-    setWaitScale(1);
-    int notesWhenRun = -1;
-    QMetaObject::invokeMethod(fx.w, [&] { notesWhenRun = fx.notes(); }, Qt::QueuedConnection);
-    if (trigger == "New")
-        fx.w->New_Click();
-    else
-        fx.w->play_Click(0);
-    QCoreApplication::processEvents();
-    QCOMPARE(notesWhenRun, notesBeforeEvents);
+    for (const bool closing : {false, true}) {
+        Fixture fx(window);
+        for (const QString &control : setup)
+            click(fx.get(control));
+        fx.gapSlider()->setValue(20);
+        fx.platform.clear();
+        setWaitScale(1);
+        int notesWhenRun = -1;
+        QMetaObject::invokeMethod(fx.w, [&] { notesWhenRun = fx.notes(); }, Qt::QueuedConnection);
+        if (closing)
+            fx.platform.onNote = [] { abandonWaits(); };
+        if (trigger == "New")
+            fx.w->New_Click();
+        else
+            fx.w->play_Click(0);
+        QCoreApplication::processEvents();
+        if (closing) {
+            QCOMPARE(fx.notes(), 1);
+            QCOMPARE(fx.get<QLabel>("questlabel")->text(), "0");
+        } else {
+            QCOMPARE(notesWhenRun, notesBeforeEvents);
+        }
+    }
 }
 
-void CatalogueTest::unloadDuringAWaitStopsTheSequence_data()
+void CatalogueTest::deletionDuringAnEventWaitEndsTheSequence_data()
 {
     QTest::addColumn<QString>("window");
-    QTest::addColumn<QStringList>("setup");
-    QTest::addColumn<QString>("trigger");
-    QTest::addColumn<int>("closeAtNote");   // 0: the window is deleted during an event wait
+    QTest::addColumn<bool>("answer");   // the Auto NEW wait, else the gap of New
     QTest::addColumn<int>("notes");
 
-    QTest::newRow("interval gap, deleted") << "formintervalli" << QStringList{} << "New" << 0 << 1;
-    QTest::newRow("interval practice gap, closing") << "formintervalli" << QStringList{"Notest"} << "play" << 1 << 1;
-    QTest::newRow("arpeggio, closing") << "Formchords" << QStringList{"Arpeggiooption"} << "New" << 2 << 2;
-    QTest::newRow("scale, closing") << "Formscales" << QStringList{} << "New" << 3 << 3;
-    QTest::newRow("harmony practice arpeggio, closing") << "formarmonia" << QStringList{"Notest", "Arpeggiooption"} << "play" << 2 << 2;
+    QTest::newRow("interval gap") << "formintervalli" << false << 1;
     for (const QString &window : Windows)
-        QTest::addRow("%s: Auto NEW wait, deleted", qPrintable(window)) << window << QStringList{} << "answer" << 0 << 0;
+        QTest::addRow("%s: Auto NEW wait", qPrintable(window)) << window << true << 0;
 }
 
-// Deleting the window from a click handled inside an event wait, or the
-// program closing during any wait, ends the interrupted sequence there.
-void CatalogueTest::unloadDuringAWaitStopsTheSequence()
+void CatalogueTest::deletionDuringAnEventWaitEndsTheSequence()
 {
     QFETCH(QString, window);
-    QFETCH(QStringList, setup);
-    QFETCH(QString, trigger);
-    QFETCH(int, closeAtNote);
+    QFETCH(bool, answer);
     QFETCH(int, notes);
 
     Fixture fx(window);
-    for (const QString &control : setup)
-        click(fx.get(control));
-    const int first = fx.ticked().constFirst();
-    if (trigger == "answer")
+    if (answer)
         fx.w->New_Click();
     fx.get<QSlider>("sliderautonew")->setValue(300);
-    fx.w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).constFirst()->setValue(300);
+    fx.gapSlider()->setValue(300);
     fx.platform.clear();
-    if (closeAtNote > 0) {
-        setWaitScale(0.1);
-        int seen = 0;
-        fx.platform.onNote = [&seen, closeAtNote] {
-            if (++seen == closeAtNote)
-                abandonWaits();
-        };
-    } else {
-        setWaitScale(1);
-        QTimer::singleShot(30, [&fx] { delete fx.w; });
-    }
-    const QString questions = fx.get<QLabel>("questlabel")->text();
-
-    if (trigger == "New")
-        fx.w->New_Click();
+    setWaitScale(1);
+    QTimer::singleShot(30, [&fx] { delete fx.w; });
+    if (answer)
+        fx.w->play_Click(fx.ticked().constFirst());
     else
-        fx.w->play_Click(first);
-
+        fx.w->New_Click();
+    QVERIFY(fx.w.isNull());
     QCOMPARE(fx.notes(), notes);
-    if (closeAtNote == 0) {
-        QVERIFY(fx.w.isNull());
-    } else {
-        QCOMPARE(fx.get<QLabel>("questlabel")->text(), questions);
-        QCOMPARE(fx.get<QLabel>("rightwronglabel")->text(), QString());
-    }
 }
 
 QTEST_MAIN(CatalogueTest)

@@ -1,0 +1,163 @@
+#include "BuiltInSynth.h"
+
+#include "ShortMessage.h"
+#include "SoundFontLocator.h"
+
+#include <fluidsynth.h>
+
+namespace tonaro {
+
+namespace {
+
+constexpr int AllChannels = -1;
+
+} // namespace
+
+void BuiltInSynth::SettingsDeleter::operator()(fluid_settings_t *settings) const
+{
+    delete_fluid_settings(settings);
+}
+
+void BuiltInSynth::SynthDeleter::operator()(fluid_synth_t *synth) const
+{
+    delete_fluid_synth(synth);
+}
+
+BuiltInSynth::BuiltInSynth(Options options)
+    : m_options(std::move(options))
+{
+    m_loaded = std::async(std::launch::async, [this] { return load(); }).share();
+}
+
+BuiltInSynth::~BuiltInSynth()
+{
+    m_output.reset();
+    m_loaded.wait();
+}
+
+MidiResult BuiltInSynth::load()
+{
+    const auto start = std::chrono::steady_clock::now();
+    const std::string path = m_options.soundFontPath.empty() ? findGeneralMidiSoundFont() : m_options.soundFontPath;
+    if (path.empty())
+        return MidiResult::NoSoundFont;
+
+    m_settings.reset(new_fluid_settings());
+    if (!m_settings)
+        return MidiResult::NoMemory;
+    fluid_settings_setnum(m_settings.get(), "synth.sample-rate", m_options.audio.sampleRate);
+    // Samples are read when a program is chosen, not all at start: the load
+    // takes milliseconds and only the instruments in use stay in memory.
+    fluid_settings_setint(m_settings.get(), "synth.dynamic-sample-loading", 1);
+    // Dry sound: a reverb tail would ring on after the port closes, which is
+    // how the program silences notes, and blurs the pitch a user listens for.
+    fluid_settings_setint(m_settings.get(), "synth.reverb.active", 0);
+    fluid_settings_setint(m_settings.get(), "synth.chorus.active", 0);
+    m_synth.reset(new_fluid_synth(m_settings.get()));
+    if (!m_synth)
+        return MidiResult::NoMemory;
+    // A truncated or corrupt file is refused here, with FluidSynth's own
+    // message on the log.
+    if (fluid_synth_sfload(m_synth.get(), path.c_str(), 1) == FLUID_FAILED) {
+        m_synth.reset();
+        return MidiResult::NoSoundFont;
+    }
+    m_loadTime = std::chrono::steady_clock::now() - start;
+    return MidiResult::Ok;
+}
+
+std::chrono::duration<double> BuiltInSynth::loadTime()
+{
+    waitForLoad();
+    return m_loadTime;
+}
+
+MidiResult BuiltInSynth::open()
+{
+    if (const MidiResult loaded = waitForLoad(); loaded != MidiResult::Ok)
+        return loaded;
+    if (m_options.output == Output::None || (m_output && m_output->isAlive()))
+        return MidiResult::Ok;
+    // First open, or the server went away: connect anew. The old output
+    // goes first, so that only one stream ever renders from the synth.
+    m_output.reset();
+    auto output = std::make_unique<PulseAudioOutput>(*this, m_options.audio);
+    if (!output->start())
+        return MidiResult::NoAudioOutput;
+    m_output = std::move(output);
+    return MidiResult::Ok;
+}
+
+void BuiltInSynth::close()
+{
+    // Closing the port is how the program silences ringing notes: the voices
+    // stop without their release. The programs stay selected, so that no
+    // samples have to be read again when the port reopens.
+    if (waitForLoad() == MidiResult::Ok)
+        fluid_synth_all_sounds_off(m_synth.get(), AllChannels);
+}
+
+MidiResult BuiltInSynth::send(std::uint32_t message)
+{
+    if (const MidiResult loaded = waitForLoad(); loaded != MidiResult::Ok)
+        return loaded;
+    const auto parsed = midi::ShortMessage::unpack(message);
+    if (!parsed.isValid())
+        return MidiResult::DataOutOfRange;
+    const MidiResult result = play(parsed.type(), parsed.channel(), parsed.data1, parsed.data2);
+    // After the message, so that a paused output wakes to a synth that
+    // already sounds the new note.
+    if (m_output)
+        m_output->wake();
+    return result;
+}
+
+MidiResult BuiltInSynth::play(int type, int channel, int data1, int data2)
+{
+    fluid_synth_t *synth = m_synth.get();
+    int result = FLUID_OK;
+    switch (type) {
+    case midi::NoteOnStatus:
+        if (data2 > 0) {
+            result = fluid_synth_noteon(synth, channel, data1, data2);
+            break;
+        }
+        [[fallthrough]];
+    case midi::NoteOffStatus:
+        // FluidSynth fails a note-off for a key that does not sound; for a
+        // MIDI device that is no error.
+        fluid_synth_noteoff(synth, channel, data1);
+        break;
+    case midi::PolyPressureStatus:
+        result = fluid_synth_key_pressure(synth, channel, data1, data2);
+        break;
+    case midi::ControlChangeStatus:
+        result = fluid_synth_cc(synth, channel, data1, data2);
+        break;
+    case midi::ProgramChangeStatus:
+        result = fluid_synth_program_change(synth, channel, data1);
+        break;
+    case midi::ChannelPressureStatus:
+        result = fluid_synth_channel_pressure(synth, channel, data1);
+        break;
+    case midi::PitchBendStatus:
+        result = fluid_synth_pitch_bend(synth, channel, data1 | (data2 << midi::DataBits));
+        break;
+    default:
+        // System messages mean nothing to the synthesizer.
+        break;
+    }
+    return result == FLUID_FAILED ? MidiResult::SendFailed : MidiResult::Ok;
+}
+
+void BuiltInSynth::render(float *interleavedStereo, int frames)
+{
+    fluid_synth_write_float(m_synth.get(), frames, interleavedStereo, 0, 2, interleavedStereo, 1, 2);
+}
+
+bool BuiltInSynth::isSounding()
+{
+    return fluid_synth_get_active_voice_count(m_synth.get()) > 0;
+}
+
+} // namespace tonaro

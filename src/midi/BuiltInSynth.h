@@ -1,0 +1,83 @@
+#pragma once
+
+#include "MidiPlatform.h"
+#include "PulseAudioOutput.h"
+
+#include <chrono>
+#include <cstdint>
+#include <future>
+#include <memory>
+#include <string>
+
+struct _fluid_hashtable_t;
+struct _fluid_synth_t;
+
+namespace tonaro {
+
+// The built-in synthesizer: FluidSynth with a General MIDI SoundFont, played
+// through our own PulseAudio output. The SoundFont is loaded once, on a
+// thread of its own that the constructor starts, so that the load runs while
+// the program shows its splash window; open() waits for it. Closing the
+// device silences every note but keeps the synthesizer and its connection to
+// the sound server, so that the port restarts in well under a millisecond.
+class BuiltInSynth : public AudioSource
+{
+public:
+    enum class Output { PulseAudio, None };
+
+    struct Options {
+        // Empty: the first General MIDI SoundFont the system has.
+        std::string soundFontPath;
+        // None renders only when render() is called: the tests' way to hear
+        // the very code the device plays through, without a sound device.
+        Output output = Output::PulseAudio;
+        PulseAudioOutput::Settings audio;
+    };
+
+    explicit BuiltInSynth(Options options);
+    ~BuiltInSynth() override;
+    BuiltInSynth(const BuiltInSynth &) = delete;
+    BuiltInSynth &operator=(const BuiltInSynth &) = delete;
+
+    // Waits for the SoundFont; then makes sure the sound server is connected,
+    // connecting anew when it went away since the last open.
+    MidiResult open();
+    // Silences every sounding note at once.
+    void close();
+    // Plays one packed short message. A note-on with velocity 0 is a note-off.
+    MidiResult send(std::uint32_t message);
+
+    // AudioSource: the output calls these on its own thread; a test calls
+    // them after a successful open().
+    void render(float *interleavedStereo, int frames) override;
+    bool isSounding() override;
+
+    int sampleRate() const { return m_options.audio.sampleRate; }
+    // How long the SoundFont took to load; waits for the load.
+    std::chrono::duration<double> loadTime();
+    // The audio output while it is connected, for the benchmark's figures.
+    PulseAudioOutput *output() { return m_output.get(); }
+
+private:
+    struct SettingsDeleter {
+        void operator()(_fluid_hashtable_t *settings) const;
+    };
+    struct SynthDeleter {
+        void operator()(_fluid_synth_t *synth) const;
+    };
+
+    MidiResult load();
+    MidiResult waitForLoad() { return m_loaded.get(); }
+    MidiResult play(int type, int channel, int data1, int data2);
+
+    const Options m_options;
+    std::unique_ptr<_fluid_hashtable_t, SettingsDeleter> m_settings;
+    std::unique_ptr<_fluid_synth_t, SynthDeleter> m_synth;
+    std::chrono::duration<double> m_loadTime{0};
+    std::shared_future<MidiResult> m_loaded;
+    // Last, so that it goes first: no callback may render from a synth that
+    // is being deleted.
+    std::unique_ptr<PulseAudioOutput> m_output;
+};
+
+} // namespace tonaro
