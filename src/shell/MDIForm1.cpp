@@ -66,26 +66,31 @@ void MDIForm1::createBar()
     bar->setFloatable(false);
     bar->setFixedHeight(twipsToPixels(BarHeightTwips));
     bar->setContentsMargins(0, 0, 0, 0);
-    bar->layout()->setSpacing(twipsToPixels(ButtonStepTwips - ButtonSizeTwips));
     const int size = twipsToPixels(ButtonSizeTwips);
-    // The bar sets its buttons' icon size: room for the caption below the picture.
-    bar->setIconSize(QSize(size - 26, size - 26));
+    const int step = twipsToPixels(ButtonStepTwips);
     const auto &entries = exerciseEntries();
+    // The buttons sit at their fixed step on one strip, so that the bar's
+    // own spacing never pushes the last one out of a narrow window.
+    auto *strip = new QWidget(bar);
+    strip->setObjectName(QStringLiteral("exercisestrip"));
+    strip->setFixedSize(step * (int(entries.size()) - 1) + size, size);
     for (int index = 0; index < int(entries.size()); ++index) {
-        auto *button = new QToolButton(bar);
+        auto *button = new QToolButton(strip);
         button->setObjectName(QStringLiteral("botton1_%1").arg(index));
         button->setText(tr(entries[index].caption));
         button->setIcon(QIcon(QString::fromLatin1(entries[index].icon)));
+        // Room for the caption below the picture.
+        button->setIconSize(QSize(size - 26, size - 26));
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        button->setFixedSize(size, size);
+        button->setGeometry(index * step, 0, size, size);
         button->setCheckable(true);
         button->setChecked(index == 0);
         button->setAutoRaise(index == IntervalsButton);
         button->setToolTip(tr("%1 exercise").arg(button->text()));
         connect(button, &QToolButton::clicked, this, [this, index] { botton1_Click(index); });
-        bar->addWidget(button);
         m_buttons[std::size_t(index)] = button;
     }
+    bar->addWidget(strip);
     addToolBar(Qt::TopToolBarArea, bar);
 }
 
