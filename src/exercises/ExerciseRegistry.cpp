@@ -1,6 +1,5 @@
 #include "ExerciseRegistry.h"
 
-#include "PlaceholderExercise.h"
 #include "formmelody/formmelody.h"
 #include "formintervalli/formintervalli.h"
 #include "Formchords/Formchords.h"
@@ -17,21 +16,16 @@ ExercisePanel *make(const Services &services, QWidget *parent)
     return new Window(services, parent);
 }
 
-ExercisePanel *placeholder(const Services &services, QWidget *parent)
-{
-    return new PlaceholderExercise(services, parent);
-}
-
 } // namespace
 
 const std::array<ExerciseEntry, 5> &exerciseEntries()
 {
     static const std::array<ExerciseEntry, 5> entries{{
-        {"Melody", "formmelody", ":/icons/melody.svg", 7275, make<formmelody>},
-        {"Intervals", "formintervalli", ":/icons/intervals.svg", 6585, make<formintervalli>},
-        {"Chords", "Formchords", ":/icons/chords.svg", 7065, make<Formchords>},
-        {"Scale", "Formscales", ":/icons/scale.svg", 6705, make<Formscales>},
-        {"Armony", "formarmonia", ":/icons/armony.svg", 5655, make<formarmonia>},
+        {"Melody", ":/icons/melody.svg", 7275, make<formmelody>},
+        {"Intervals", ":/icons/intervals.svg", 6585, make<formintervalli>},
+        {"Chords", ":/icons/chords.svg", 7065, make<Formchords>},
+        {"Scale", ":/icons/scale.svg", 6705, make<Formscales>},
+        {"Armony", ":/icons/armony.svg", 5655, make<formarmonia>},
     }};
     return entries;
 }

@@ -15,7 +15,6 @@ class ExercisePanel;
 // window is made.
 struct ExerciseEntry {
     const char *caption;
-    const char *windowName;
     const char *icon;
     int mainWindowWidthTwips;
     ExercisePanel *(*create)(const Services &services, QWidget *parent);

@@ -150,8 +150,6 @@ void MDIForm1::showExercise(int index)
     unloadExercise();
     const ExerciseEntry &entry = exerciseEntries()[std::size_t(index)];
     m_exercise = entry.create(m_services, nullptr);
-    if (m_exercise->objectName().isEmpty())
-        m_exercise->setObjectName(QString::fromLatin1(entry.windowName));
     m_subWindow = m_mdiArea->addSubWindow(m_exercise, Qt::SubWindow | Qt::FramelessWindowHint);
     m_subWindow->setObjectName(QStringLiteral("subwindow"));
     m_subWindow->setWindowTitle(m_exercise->windowTitle());
