@@ -1,11 +1,19 @@
 #include "TestServices.h"
 
 #include "exercise/WaitMs.h"
+#include "midi/MidiMessages.h"
 
-#include <QCheckBox>
 #include <QRadioButton>
 
 namespace tonaro::test {
+
+int HookedPlatform::sendShortMessage(MidiHandle handle, std::uint32_t message)
+{
+    const int result = RecordingMidiPlatform::sendShortMessage(handle, message);
+    if (onNoteOn && (message & midi::StatusTypeMask) == midi::NoteOnStatus)
+        onNoteOn();
+    return result;
+}
 
 TestServices::TestServices(bool openPort)
 {
@@ -24,6 +32,7 @@ TestServices::TestServices(bool openPort)
 
 TestServices::~TestServices()
 {
+    resumeWaits();
     setWaitScale(1);
 }
 
@@ -35,6 +44,12 @@ std::vector<int> TestServices::notesPlayed() const
     return notes;
 }
 
+QList<int> TestServices::played() const
+{
+    const std::vector<int> notes = notesPlayed();
+    return {notes.begin(), notes.end()};
+}
+
 void click(QWidget *widget)
 {
     QVERIFY2(widget->isEnabled(), qPrintable(widget->objectName() + QStringLiteral(" is disabled")));
@@ -43,6 +58,14 @@ void click(QWidget *widget)
     const bool indicator = qobject_cast<QCheckBox *>(widget) || qobject_cast<QRadioButton *>(widget);
     const QPoint at = indicator ? QPoint(6, widget->height() / 2) : widget->rect().center();
     QTest::mouseClick(widget, Qt::LeftButton, {}, at);
+}
+
+QStringList score(const QObject *window)
+{
+    QStringList texts;
+    for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel"})
+        texts << text(window, QString::fromLatin1(name));
+    return texts;
 }
 
 } // namespace tonaro::test

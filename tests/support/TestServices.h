@@ -6,9 +6,22 @@
 #include "midi/RecordingMidiPlatform.h"
 #include "shell/MessageBoxes.h"
 
+#include <QCheckBox>
+#include <QLabel>
+#include <QPointer>
 #include <QtTest>
+#include <functional>
 
 namespace tonaro::test {
+
+// The recorder with a hook run after every note-on it takes: the one way to
+// stand in for the program closing inside a wait that processes no events.
+class HookedPlatform : public RecordingMidiPlatform
+{
+public:
+    std::function<void()> onNoteOn;
+    int sendShortMessage(MidiHandle handle, std::uint32_t message) override;
+};
 
 // The doubles a test drives the real widgets with: the MIDI recorder, the
 // message-box recorder and a scripted random source, wired into a port that
@@ -19,7 +32,7 @@ struct TestServices {
     explicit TestServices(bool openPort = true);
     ~TestServices();
 
-    RecordingMidiPlatform platform;
+    HookedPlatform platform;
     RecordingMessageBoxes boxes;
     ScriptedRandomSource random;
     Midi_interface midi{platform, boxes};
@@ -27,11 +40,12 @@ struct TestServices {
 
     // The note numbers of the note-on messages sent since the last clear.
     std::vector<int> notesPlayed() const;
+    QList<int> played() const;
     void clearRecords() { platform.clear(); boxes.clear(); }
 };
 
 // Finds a child by objectName and fails the test when it is missing.
-template<typename T>
+template<typename T = QWidget>
 T *child(const QObject *parent, const QString &name)
 {
     T *found = parent->findChild<T *>(name);
@@ -42,5 +56,30 @@ T *child(const QObject *parent, const QString &name)
 
 // Clicks a button, check box or option button the way a user does.
 void click(QWidget *widget);
+inline void click(const QObject *parent, const QString &name) { click(child(parent, name)); }
+inline QString text(const QObject *parent, const QString &label) { return child<QLabel>(parent, label)->text(); }
+// The four score captions: questions, right answers, answers, percentage.
+QStringList score(const QObject *window);
+
+// One exercise window on the doubles, loaded and shown, Auto NEW as asked.
+template<typename Window>
+struct Loaded : TestServices {
+    QPointer<Window> w;
+
+    explicit Loaded(bool autoNew = false) : Loaded(autoNew, [](const Services &s) { return new Window(s); }) {}
+    template<typename Make>
+    Loaded(bool autoNew, Make make) : w(make(services))
+    {
+        w->Form_Load();
+        w->show();
+        child<QCheckBox>(w, QStringLiteral("autonewcheck"))->setChecked(autoNew);
+        clearRecords();
+    }
+    ~Loaded() { delete w; }
+    template<typename T = QWidget>
+    T *get(const QString &name) const { return child<T>(w, name); }
+    void press(const QString &name) const { click(w, name); }
+    QString text(const QString &label) const { return test::text(w, label); }
+};
 
 } // namespace tonaro::test

@@ -1,0 +1,557 @@
+#include "TestServices.h"
+
+#include "exercise/RootNames.h"
+#include "exercise/WaitMs.h"
+#include "exercises/Formchords/ChordCatalogue.h"
+#include "exercises/Formchords/Formchords.h"
+#include "exercises/Formscales/Formscales.h"
+#include "exercises/Formscales/ScaleCatalogue.h"
+#include "exercises/formarmonia/formarmonia.h"
+#include "exercises/formintervalli/IntervalCatalogue.h"
+#include "exercises/formintervalli/formintervalli.h"
+
+#include <QComboBox>
+#include <QSlider>
+#include <numeric>
+
+// The interval, chord, scale and harmony windows, which share one shape: a
+// catalogue of check boxes and play buttons, a root list, a gap slider.
+
+using namespace tonaro;
+using Ints = QList<int>;
+using Draws = QList<double>;
+
+namespace {
+
+CatalogueExercise *make(const QString &window, const Services &services)
+{
+    if (window == "formintervalli")
+        return new formintervalli(services);
+    if (window == "Formchords")
+        return new Formchords(services);
+    if (window == "Formscales")
+        return new Formscales(services);
+    return new formarmonia(services);
+}
+
+constexpr int GapMs = 25;
+
+struct Window : test::Loaded<CatalogueExercise> {
+    explicit Window(const QString &name, bool autoNew = false)
+        : Loaded(autoNew, [&](const Services &s) { return make(name, s); })
+    {
+    }
+    QAbstractButton *playButton(int index)
+    {
+        return w->findChildren<QAbstractButton *>(QRegularExpression(QStringLiteral("^play[a-z]+_%1$").arg(index))).value(0);
+    }
+    QList<QCheckBox *> boxes() { return w->findChildren<QCheckBox *>(QRegularExpression("^[a-z]+_\\d+$")); }
+    Ints ticked()
+    {
+        Ints indexes;
+        for (QCheckBox *box : boxes())
+            if (box->isChecked())
+                indexes << box->objectName().section('_', 1).toInt();
+        return indexes;
+    }
+    QSlider *gapSlider() { return w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).constFirst(); }
+    void setRoot(int item) { get<QComboBox>("Combo1")->setCurrentIndex(item); }
+    // Whether every note came at least GapMs after the one before (apart),
+    // or all within half of that.
+    bool spaced(bool apart)
+    {
+        const auto notes = platform.notesOn();
+        for (std::size_t k = 1; k < notes.size(); ++k) {
+            const auto gap = notes[k].time - notes[k - 1].time;
+            if (apart ? gap < std::chrono::milliseconds(GapMs) : gap >= std::chrono::milliseconds(GapMs / 2))
+                return false;
+        }
+        return true;
+    }
+};
+
+Ints range(int first, int last)
+{
+    Ints indexes(last - first + 1);
+    std::iota(indexes.begin(), indexes.end(), first);
+    return indexes;
+}
+
+Ints from(int root, const Ints &semitones)
+{
+    Ints notes;
+    for (int semitone : semitones)
+        notes << root + semitone;
+    return notes;
+}
+
+const Ints Major{0, 2, 4, 5, 7, 9, 11, 12};
+const Ints Thirteenth{0, 4, 7, 10, 14, 21};
+const QStringList Windows{"formintervalli", "Formchords", "Formscales", "formarmonia"};
+
+} // namespace
+
+class tst_catalogues : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tablesHoldTogether()
+    {
+        for (std::size_t i = 0; i < IntervalCatalogue.size(); ++i)
+            QVERIFY(IntervalCatalogue[i].steps.count() == 1 && IntervalCatalogue[i].steps[0] == int(i));
+        for (const CatalogueEntry &chord : ChordCatalogue) {
+            QVERIFY2(chord.steps.count() >= 2 && chord.steps.count() <= 5, chord.caption);
+            QVERIFY2(std::all_of(chord.steps.begin(), chord.steps.end(), [](int step) { return step > 0; }), chord.caption);
+            QVERIFY2(std::accumulate(chord.steps.begin(), chord.steps.end(), 0) <= 21, chord.caption);
+        }
+        for (const CatalogueEntry &scale : ScaleCatalogue) {
+            QVERIFY2(std::all_of(scale.steps.begin(), scale.steps.end(), [](int step) { return step > 0; }), scale.caption);
+            QVERIFY2(std::accumulate(scale.steps.begin(), scale.steps.end(), 0) == 12, scale.caption);
+        }
+        // Each key is an octave of seven steps carried on by its first three,
+        // and the quality table knows every triad it builds, in every key.
+        for (const KeyMode mode : {KeyMode::Major, KeyMode::Minor}) {
+            const auto &steps = ModeSteps[std::size_t(mode)];
+            QCOMPARE(std::accumulate(steps.begin(), steps.begin() + 7, 0), 12);
+            QVERIFY(std::equal(steps.begin() + 7, steps.end(), steps.begin()));
+            for (int tonic = 54; tonic <= 65; ++tonic)
+                for (int degree = 0; degree < 7; ++degree)
+                    QVERIFY(*triadQuality(mode, degreeTriad(tonic, mode, degree, false).root() - tonic) != '\0');
+        }
+        QCOMPARE(rootName(58), "A#");
+    }
+
+    void windowsShowTheirCatalogue_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("boxName");
+        QTest::addColumn<QStringList>("captions");
+        QTest::newRow("intervals") << "formintervalli" << "inter"
+            << QStringList{"Unison", "2nd minor", "2nd major", "3rd minor", "3rd major", "4th perfect", "5th diminished",
+                           "5th perfect", "6th minor", "6th major", "7th minor", "7th major", "Octave"};
+        QTest::newRow("chords") << "Formchords" << "chord"
+            << QStringList{"maj", "min", "7", "maj7", "min7", "sus4", "7sus4", "6", "min6", "9", "min9", "dim", "aug",
+                           "maj9", "7-5", "7+5", "7+9", "7-9", "11", "13"};
+        QTest::newRow("scales") << "Formscales" << "scales"
+            << QStringList{"Major", "Minor", "Armonic Minor", "Melodic Minor", "Major Pentatonic", "Minor Pentatonic",
+                           "Diminished", "Exatonal", "Cromatic", "Major Neapolitan", "Minor Neapolitan", "Enigmatic",
+                           "Ungarian", "Doric", "Frigian", "Lydian", "Mixolydian", "Locrian"};
+        QTest::newRow("degrees") << "formarmonia" << "chord" << QStringList{"I", "II", "III", "IV", "V", "VI", "VII"};
+    }
+
+    void windowsShowTheirCatalogue()
+    {
+        QFETCH(QString, window);
+        QFETCH(QString, boxName);
+        QFETCH(QStringList, captions);
+        Window fx(window);
+        QCOMPARE(fx.boxes().size(), captions.size());
+        for (int i = 0; i < captions.size(); ++i) {
+            QCOMPARE(fx.get<QCheckBox>(QStringLiteral("%1_%2").arg(boxName).arg(i))->text(), captions[i]);
+            QVERIFY(fx.playButton(i));
+        }
+    }
+
+    void presetsSetTheirBoxes_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<Ints>("before");
+        QTest::addColumn<QString>("preset");
+        QTest::addColumn<Ints>("after");
+        QTest::newRow("intervals: None") << "formintervalli" << range(0, 12) << "None" << Ints{};
+        QTest::newRow("intervals: Main") << "formintervalli" << Ints{} << "mainintervals" << Ints{0, 2, 4, 5, 7, 9, 11, 12};
+        QTest::newRow("chords: Triads") << "Formchords" << range(0, 19) << "Triads" << Ints{0, 1, 11, 12};
+        QTest::newRow("scales: All Scales keeps modes") << "Formscales" << Ints{14} << "Allscales" << range(0, 12) + Ints{14};
+        QTest::newRow("scales: All Modes keeps scales") << "Formscales" << Ints{2} << "Allmodes" << Ints{2} + range(13, 17);
+        QTest::newRow("scales: Main Scales") << "Formscales" << range(0, 17) << "Main" << range(0, 6);
+    }
+
+    void presetsSetTheirBoxes()
+    {
+        QFETCH(QString, window);
+        QFETCH(Ints, before);
+        QFETCH(QString, preset);
+        Window fx(window);
+        for (QCheckBox *box : fx.boxes())
+            box->setChecked(before.contains(box->objectName().section('_', 1).toInt()));
+        fx.press(preset);
+        QTEST(fx.ticked(), "after");
+    }
+
+    // The notes are fixed when the question is drawn (the root brought into
+    // 54-65 for chords and scales); the option selected when it plays only
+    // decides whether they come apart or at once. Answer buttons are silent
+    // in test mode.
+    void questionPlaysRepeatsAndIsAnswered_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QStringList>("setup");
+        QTest::addColumn<int>("item");
+        QTest::addColumn<Draws>("draws");
+        QTest::addColumn<Ints>("notes");
+        QTest::addColumn<bool>("apart");
+        QTest::addColumn<QString>("repeatWith");
+        QTest::addColumn<bool>("repeatApart");
+        QTest::addColumn<QString>("reveal");
+
+        const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia";
+        QTest::newRow("5th ascending on Fixed C") << I << QStringList{"All", "ascending"} << 1 << Draws{rFor(7, 13)}
+            << Ints{60, 67} << true << "together" << false << "Perfect 5th";
+        QTest::newRow("5th descending on Fixed C") << I << QStringList{"All", "discending"} << 1 << Draws{rFor(7, 13)}
+            << Ints{60, 53} << true << "ascending" << true << "Perfect 5th";
+        QTest::newRow("5th together on Fixed C") << I << QStringList{"All", "together"} << 1 << Draws{rFor(7, 13)}
+            << Ints{60, 67} << false << "discending" << true << "Perfect 5th";
+        QTest::newRow("octave up from Fixed B") << I << QStringList{"All"} << 12 << Draws{rFor(12, 13)}
+            << Ints{71, 83} << true << "" << true << "Octave";
+        QTest::newRow("4th on a random F") << I << QStringList{"All"} << 0 << Draws{rFor(5, 13), rFor(5, 12)}
+            << Ints{65, 70} << true << "" << true << "Perfect 4th";
+        QTest::newRow("maj on Fixed F#") << C << QStringList{"All"} << 7 << Draws{rFor(0, 20)}
+            << Ints{54, 58, 61} << false << "Arpeggiooption" << true << "F# maj";
+        QTest::newRow("13 on Fixed F") << C << QStringList{"All"} << 6 << Draws{rFor(19, 20)}
+            << from(65, Thirteenth) << false << "" << false << "F 13";
+        QTest::newRow("13 on Fixed A#") << C << QStringList{"All"} << 11 << Draws{rFor(19, 20)}
+            << from(58, Thirteenth) << false << "" << false << "A# 13";
+        QTest::newRow("min on a random B") << C << QStringList{"All"} << 0 << Draws{rFor(1, 20), rFor(11, 12)}
+            << Ints{59, 62, 66} << false << "" << false << "B min";
+        QTest::newRow("7 arpeggio on Fixed C") << C << QStringList{"All", "Arpeggiooption"} << 1 << Draws{rFor(2, 20)}
+            << Ints{60, 64, 67, 70} << true << "Chordoption" << false << "C 7";
+        const QStringList allScales{"Allscales", "Allmodes"};
+        QTest::newRow("Major on Fixed C") << S << allScales << 1 << Draws{rFor(0, 18)}
+            << from(60, Major) << true << "" << true << "C major";
+        QTest::newRow("Doric on Fixed F#") << S << allScales << 7 << Draws{rFor(13, 18)}
+            << Ints{54, 56, 57, 59, 61, 63, 64, 66} << true << "" << true << "F# doric";
+        QTest::newRow("Cromatic on Fixed F") << S << allScales << 6 << Draws{rFor(8, 18)}
+            << from(65, range(0, 12)) << true << "" << true << "F cromatic";
+        QTest::newRow("Armonic Minor on Fixed B") << S << allScales << 12 << Draws{rFor(2, 18)}
+            << Ints{59, 61, 62, 64, 66, 67, 70, 71} << true << "" << true << "B armonic minor";
+        // With "2 roots" ticked, as the window opens: the low root comes last.
+        QTest::newRow("II in C major") << H << QStringList{"optmajor"} << 0 << Draws{rFor(1, 7)}
+            << Ints{62, 65, 69, 50} << false << "" << false << "D min (II)";
+        QTest::newRow("VI in A minor") << H << QStringList{"optminor"} << 9 << Draws{rFor(5, 7)}
+            << Ints{65, 69, 72, 53} << false << "" << false << "F mag (VI)";
+        QTest::newRow("V in G major") << H << QStringList{"optmajor"} << 7 << Draws{rFor(4, 7)}
+            << Ints{62, 66, 69, 50} << false << "" << false << "D maj (V)";
+    }
+
+    void questionPlaysRepeatsAndIsAnswered()
+    {
+        QFETCH(QString, window);
+        QFETCH(QStringList, setup);
+        QFETCH(Draws, draws);
+        QFETCH(Ints, notes);
+        QFETCH(bool, apart);
+        QFETCH(QString, repeatWith);
+        QFETCH(bool, repeatApart);
+
+        Window fx(window);
+        for (const QString &control : setup)
+            fx.press(control);
+        QFETCH(int, item);
+        fx.setRoot(item);
+        QCOMPARE(fx.get("Frame3")->isEnabled(), apart);
+        fx.gapSlider()->setValue(GapMs);
+        fx.random.script({draws.begin(), draws.end()});
+        setWaitScale(1);
+        fx.press("New");
+        QCOMPARE(fx.played(), notes);
+        QVERIFY(fx.spaced(apart));
+        QCOMPARE(fx.random.drawsMade(), int(draws.size()));
+        QCOMPARE(fx.text("questlabel"), "1");
+
+        if (!repeatWith.isEmpty())
+            fx.press(repeatWith);
+        fx.clearRecords();
+        fx.press("Repeat");
+        QCOMPARE(fx.played(), notes);
+        QVERIFY(fx.spaced(repeatApart));
+
+        fx.clearRecords();
+        test::click(fx.playButton(RandomSource::pickFrom(draws.front(), int(fx.boxes().size())) - 1));
+        QCOMPARE(fx.text("rightwronglabel"), "Right!");
+        QTEST(fx.text("showlabel"), "reveal");
+        QVERIFY2(fx.played().isEmpty(), "an answer button sounded in test mode");
+    }
+
+    // A practice click plays from the list's root until a question is
+    // drawn, then from the question's root, and changes nothing of the
+    // question. With "Random" a root is drawn at every click all the same.
+    void practiceKeepsTheQuestion_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<int>("item");
+        QTest::addColumn<int>("button");
+        QTest::addColumn<Draws>("draws");       // for the click, the question, the click
+        QTest::addColumn<Ints>("before");
+        QTest::addColumn<int>("questionItem");
+        QTest::addColumn<int>("laterItem");
+        QTest::addColumn<Ints>("after");
+        QTest::addColumn<Ints>("repeated");
+        QTest::addColumn<QString>("reveal");
+
+        // The question is drawn from the eight main intervals, and the seven main chords.
+        QTest::newRow("interval, Random") << "formintervalli" << 0 << 4 << Draws{rFor(4, 12), rFor(4, 8), rFor(3, 12)}
+            << Ints{64, 68} << 5 << 0 << Ints{64, 68} << Ints{64, 71} << "Perfect 5th";
+        // Before the first question the list's root is not brought down.
+        QTest::newRow("chord, Fixed B") << "Formchords" << 12 << 19 << Draws{rFor(0, 7)} << from(71, Thirteenth)
+            << 1 << 12 << from(60, Thirteenth) << Ints{60, 64, 67} << "C maj";
+        QTest::newRow("scale, Fixed B") << "Formscales" << 12 << 0 << Draws{rFor(0, 7)} << from(71, Major)
+            << 12 << 1 << from(59, Major) << from(59, Major) << "B major";
+    }
+
+    void practiceKeepsTheQuestion()
+    {
+        QFETCH(QString, window);
+        QFETCH(int, button);
+        QFETCH(Draws, draws);
+        Window fx(window);
+        fx.press("Notest");
+        QFETCH(int, item);
+        fx.setRoot(item);
+        fx.random.script({draws.begin(), draws.end()});
+        fx.press(fx.playButton(button)->objectName());
+        QTEST(fx.played(), "before");
+
+        QFETCH(int, questionItem);
+        fx.setRoot(questionItem);
+        fx.press("New");
+        QFETCH(int, laterItem);
+        fx.setRoot(laterItem);
+        fx.clearRecords();
+        fx.press(fx.playButton(button)->objectName());
+        QTEST(fx.played(), "after");
+        QCOMPARE(fx.random.drawsMade(), int(draws.size()));
+
+        fx.clearRecords();
+        fx.press("Repeat");
+        QTEST(fx.played(), "repeated");
+        fx.press("Reveal");
+        QTEST(fx.text("showlabel"), "reveal");
+    }
+
+    // Reveal names the chord in the key selected now, and a practice click
+    // makes its degree the chord that Repeat plays.
+    void harmonyRevealFollowsTheKeyAndTheLastChord_data()
+    {
+        QTest::addColumn<int>("item");
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QString>("reveal");
+        QTest::newRow("same key") << 0 << "optmajor" << "D min (II)";
+        QTest::newRow("D major") << 2 << "optmajor" << "D maj (II)";
+        QTest::newRow("C minor") << 0 << "optminor" << "D dim (II)";
+        QTest::newRow("C# major, no quality") << 1 << "optmajor" << "D (II)";
+    }
+
+    void harmonyRevealFollowsTheKeyAndTheLastChord()
+    {
+        QFETCH(int, item);
+        QFETCH(QString, mode);
+        Window fx("formarmonia");
+        fx.press("Notest");
+        fx.random.script({rFor(1, 7)});
+        fx.press("New");
+        fx.setRoot(item);
+        fx.press(mode);
+        fx.press("Reveal");
+        QTEST(fx.text("showlabel"), "reveal");
+        fx.clearRecords();
+        fx.press("Repeat");
+        QCOMPARE(fx.played(), (Ints{62, 65, 69, 50}));
+
+        fx.setRoot(0);
+        fx.press("optmajor");
+        fx.press("playchord_3");
+        fx.setRoot(2);
+        fx.clearRecords();
+        fx.press("Repeat");
+        QCOMPARE(fx.played(), (Ints{65, 69, 72, 53}));
+        fx.press("Reveal");
+        QCOMPARE(fx.text("showlabel"), "F (IV)");
+        // Practising left nothing pending to answer.
+        fx.press("Test");
+        fx.clearRecords();
+        fx.press("playchord_3");
+        QCOMPARE(fx.text("rightwronglabel"), QString());
+        QVERIFY(fx.played().isEmpty());
+    }
+
+    void harmonyArpeggioTakesAwayTheLowRoot()
+    {
+        Window fx("formarmonia");
+        auto *twoRoots = fx.get<QCheckBox>("tworoots");
+        fx.press("New");
+        fx.press("Arpeggiooption");
+        QVERIFY(!twoRoots->isChecked() && !twoRoots->isEnabled());
+        // The chord drawn before keeps its low root; the next one has none.
+        fx.clearRecords();
+        fx.press("Repeat");
+        QCOMPARE(fx.played(), (Ints{60, 64, 67, 48}));
+        fx.clearRecords();
+        fx.press("New");
+        QCOMPARE(fx.played(), (Ints{60, 64, 67}));
+        fx.press("Chordoption");
+        QVERIFY(!twoRoots->isChecked() && twoRoots->isEnabled());
+    }
+
+    void nothingTickedKeepsTheEmptyRecord_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<Ints>("repeated");
+        QTest::addColumn<QString>("reveal");
+        QTest::newRow("intervals") << "formintervalli" << Ints{0, 0} << "Unison";
+        QTest::newRow("chords") << "Formchords" << Ints{} << "C maj";
+        QTest::newRow("scales") << "Formscales" << Ints{} << "C major";
+        QTest::newRow("harmony") << "formarmonia" << Ints{} << "C (I)";
+    }
+
+    void nothingTickedKeepsTheEmptyRecord()
+    {
+        QFETCH(QString, window);
+        Window fx(window);
+        for (QCheckBox *box : fx.boxes())
+            box->setChecked(false);
+        fx.press("New");
+        QVERIFY(fx.get("Repeat")->isEnabled());
+        QCOMPARE(fx.text("questlabel"), "0");
+        QCOMPARE(fx.random.drawsMade(), 0);
+        fx.press("Repeat");
+        QTEST(fx.played(), "repeated");
+        fx.press("Notest");
+        fx.press("New");
+        fx.press("Reveal");
+        QTEST(fx.text("showlabel"), "reveal");
+    }
+
+    void answerIsJudgedOnceAndAutoNewFollows_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<bool>("labelsKept");
+        QTest::newRow("intervals") << "formintervalli" << true;
+        QTest::newRow("chords") << "Formchords" << true;
+        QTest::newRow("scales") << "Formscales" << false;
+        QTest::newRow("harmony") << "formarmonia" << false;
+    }
+
+    // The automatic New after a right answer keeps the verdict and the
+    // answer in view only in the interval and chord windows.
+    void answerIsJudgedOnceAndAutoNewFollows()
+    {
+        QFETCH(QString, window);
+        QFETCH(bool, labelsKept);
+        Window fx(window, true);
+        fx.press("New");
+        const int first = fx.ticked().constFirst();
+        fx.clearRecords();
+        test::click(fx.playButton(first));
+        QCOMPARE(test::score(fx.w), (QStringList{"2", "1", "1", "100"}));
+        QVERIFY2(!fx.played().isEmpty(), "Auto NEW asked no question");
+        QCOMPARE(fx.text("rightwronglabel"), labelsKept ? "Right!" : "");
+        QCOMPARE(fx.text("showlabel").isEmpty(), !labelsKept);
+
+        // The new question is pending: one wrong answer, then nothing more.
+        fx.get<QCheckBox>("autonewcheck")->setChecked(false);
+        fx.clearRecords();
+        for (int click = 0; click < 2; ++click)
+            test::click(fx.playButton(first + 1));
+        QCOMPARE(test::score(fx.w), (QStringList{"2", "1", "2", "50"}));
+        QCOMPARE(fx.text("rightwronglabel"), "Wrong!");
+        QVERIFY(fx.played().isEmpty());
+    }
+
+    void waitsLetEventsThroughOnlyInTheIntervalGap_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QStringList>("setup");
+        QTest::addColumn<bool>("practice");
+        QTest::addColumn<int>("notesBeforeEvents");
+        QTest::newRow("interval question gap") << "formintervalli" << QStringList{} << false << 1;
+        QTest::newRow("interval practice gap") << "formintervalli" << QStringList{"Notest"} << true << 2;
+        QTest::newRow("chord arpeggio") << "Formchords" << QStringList{"Arpeggiooption"} << false << 3;
+        QTest::newRow("chord practice arpeggio") << "Formchords" << QStringList{"Notest", "Arpeggiooption"} << true << 3;
+        QTest::newRow("scale") << "Formscales" << QStringList{} << false << 8;
+        QTest::newRow("scale practice") << "Formscales" << QStringList{"Notest"} << true << 8;
+        QTest::newRow("harmony arpeggio") << "formarmonia" << QStringList{"Arpeggiooption"} << false << 3;
+        QTest::newRow("harmony practice arpeggio") << "formarmonia" << QStringList{"Notest", "Arpeggiooption"} << true << 3;
+    }
+
+    // An event posted as the playing starts runs inside a wait that
+    // processes events, and only after the whole sequence where the waits do
+    // not. When the program closes during any of these waits, the sequence
+    // ends there and a question is not counted.
+    void waitsLetEventsThroughOnlyInTheIntervalGap()
+    {
+        QFETCH(QString, window);
+        QFETCH(QStringList, setup);
+        QFETCH(bool, practice);
+        for (const bool closing : {false, true}) {
+            Window fx(window, true);
+            for (const QString &control : setup)
+                fx.press(control);
+            fx.gapSlider()->setValue(20);
+            fx.clearRecords();
+            setWaitScale(1);
+            int notesWhenRun = -1;
+            QMetaObject::invokeMethod(fx.w, [&] { notesWhenRun = int(fx.played().size()); }, Qt::QueuedConnection);
+            if (closing)
+                fx.platform.onNoteOn = [] { abandonWaits(); };
+            practice ? fx.w->play_Click(0) : fx.w->New_Click();
+            QCoreApplication::processEvents();
+            if (closing) {
+                QCOMPARE(int(fx.played().size()), 1);
+                QCOMPARE(fx.text("questlabel"), "0");
+            } else {
+                QTEST(notesWhenRun, "notesBeforeEvents");
+            }
+        }
+    }
+
+    // Another exercise chosen on the bar deletes the window inside a wait.
+    void deletionDuringAnEventWaitEndsTheSequence_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<bool>("answer"); // the Auto NEW wait, else the gap of New
+        QTest::addColumn<int>("notes");
+        QTest::newRow("interval gap") << "formintervalli" << false << 1;
+        for (const QString &window : Windows)
+            QTest::addRow("%s: Auto NEW wait", qPrintable(window)) << window << true << 0;
+    }
+
+    void deletionDuringAnEventWaitEndsTheSequence()
+    {
+        QFETCH(QString, window);
+        QFETCH(bool, answer);
+        Window fx(window, true);
+        if (answer)
+            fx.w->New_Click();
+        fx.get<QSlider>("sliderautonew")->setValue(300);
+        fx.gapSlider()->setValue(300);
+        fx.clearRecords();
+        setWaitScale(1);
+        QTimer::singleShot(30, [&fx] { delete fx.w; });
+        answer ? fx.w->play_Click(fx.ticked().constFirst()) : fx.w->New_Click();
+        QVERIFY(fx.w.isNull());
+        QTEST(int(fx.played().size()), "notes");
+    }
+
+    // The scale's notes are timed by waits that let no click through: a
+    // click made while the question plays is taken afterwards, when the
+    // question is pending, and answers it.
+    void clickDuringAScaleAnswersItAfterwards()
+    {
+        Window fx("Formscales");
+        fx.gapSlider()->setValue(20);
+        fx.random.script({rFor(0, 7)});
+        setWaitScale(1);
+        QMetaObject::invokeMethod(fx.playButton(0), &QAbstractButton::click, Qt::QueuedConnection);
+        fx.w->New_Click();
+        QCOMPARE(int(fx.played().size()), 8);
+        QCOMPARE(fx.text("anslabel"), "0");
+        QCoreApplication::processEvents();
+        QCOMPARE(fx.text("rightwronglabel"), "Right!");
+        QCOMPARE(fx.text("anslabel"), "1");
+        QCOMPARE(fx.text("showlabel"), "C major");
+    }
+};
+
+QTEST_MAIN(tst_catalogues)
+#include "tst_catalogues.moc"
