@@ -1,5 +1,6 @@
 #include "ExercisePanel.h"
 
+#include "FocusChain.h"
 #include "WaitMs.h"
 #include "midi/Midi_interface.h"
 
@@ -9,6 +10,7 @@
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
@@ -107,7 +109,9 @@ void ExercisePanel::buildPanel()
     m_showLabel->setAlignment(Qt::AlignCenter);
     setPointSize(m_showLabel, m_traits.showLabelPointSize);
     m_showLabel->setMinimumHeight(QFontMetrics(m_showLabel->font()).height() * 2 + 8);
-    m_showLabel->setAccessibleName(tr("Answer"));
+    // A description, not a name: the name is the text, so that a screen
+    // reader reads the answer itself and hears it change.
+    m_showLabel->setAccessibleDescription(tr("Answer"));
     column->addWidget(m_showLabel);
 
     column->addWidget(buildModeFrame());
@@ -204,13 +208,15 @@ QWidget *ExercisePanel::buildScoreFrame()
     int row = 0;
     for (const auto &[caption, value] : rows) {
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        // The caption labels the counter; the counter's own name stays its
+        // number, which is what a screen reader has to read out.
         caption->setBuddy(value);
-        value->setAccessibleName(caption->text());
+        value->setAccessibleDescription(caption->text());
         grid->addWidget(caption, row, 0);
         grid->addWidget(value, row, 1, 1, 2);
         ++row;
     }
-    m_percentage->setAccessibleName(tr("Percentage right"));
+    m_percentage->setAccessibleDescription(tr("Percentage right"));
     grid->addWidget(m_percentage, row, 0, 1, 2);
     grid->addWidget(percentSign, row, 2);
     grid->addWidget(m_reset, row + 1, 0, 1, 3);
@@ -224,7 +230,46 @@ QWidget *ExercisePanel::buildScoreFrame()
 
 void ExercisePanel::Form_Load()
 {
+    arrangeTabOrder();
     init();
+}
+
+void ExercisePanel::arrangeTabOrder()
+{
+    // The panel's controls are made before the window's own, and the second
+    // slider before the frame it ends up in, so creation order would jump
+    // about. Tab follows the layout instead: the top strip, the window's
+    // column, then the panel's column.
+    focuschain::arrange(focuschain::inLayoutOrder(this));
+}
+
+QList<QWidget *> ExercisePanel::tabStops() const
+{
+    return focuschain::stops(this);
+}
+
+void ExercisePanel::enterFocus(bool forward)
+{
+    const QList<QWidget *> stops = tabStops();
+    if (!stops.isEmpty())
+        (forward ? stops.first() : stops.last())->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+}
+
+void ExercisePanel::focusStartControl()
+{
+    m_new->setFocus(Qt::OtherFocusReason);
+}
+
+bool ExercisePanel::focusNextPrevChild(bool next)
+{
+    if (isSignalConnected(QMetaMethod::fromSignal(&ExercisePanel::focusLeaving))) {
+        const QList<QWidget *> stops = tabStops();
+        if (!stops.isEmpty() && QApplication::focusWidget() == (next ? stops.last() : stops.first())) {
+            emit focusLeaving(next);
+            return true;
+        }
+    }
+    return QWidget::focusNextPrevChild(next);
 }
 
 void ExercisePanel::initPanel()

@@ -49,10 +49,24 @@ public:
     void UpdatePercentage();
 
     bool isTestMode() const;
+
+    // The controls Tab stops at now, in the order it visits them.
+    QList<QWidget *> tabStops() const;
+    // Focus arriving from outside the window: the first stop going forward,
+    // the last going back.
+    void enterFocus(bool forward);
+    // New, the first thing a user does in a fresh window.
+    void focusStartControl();
+
     // The window was unloaded (another exercise chosen, or the program is
     // closing): whatever sequence is still running for it stops.
     void unload();
     bool isUnloaded() const { return m_unloaded; }
+
+signals:
+    // Tab on the last stop, or Shift+Tab on the first: the window hands the
+    // focus on instead of wrapping round inside itself. Unconnected, it wraps.
+    void focusLeaving(bool forward);
 
 protected:
     // The window's own controls go here (below the top area, left of the panel).
@@ -87,6 +101,7 @@ protected:
     bool waitMs(int milliseconds, bool processEvents);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
 
     Services m_services;
     const PanelTraits &m_traits;
@@ -118,6 +133,7 @@ private:
     QWidget *buildModeFrame();
     QWidget *buildScoreFrame();
     void setScoreEnabled(bool enabled);
+    void arrangeTabOrder();
 
     QWidget *m_topArea;
     QWidget *m_exerciseArea;

@@ -5,6 +5,7 @@
 #include "MidiMessages.h"
 
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QSlider>
@@ -123,7 +124,10 @@ void optionsform::createControls()
     connect(volumeslider, &QSlider::valueChanged, this, &optionsform::volumeslider_Change);
 
     Command1->setText(tr("OK"));
-    Command1->setDefault(true);
+    // Not the default button: the style draws a default button just as it
+    // draws a focused one, so Tab onto OK would show no focus. Enter still
+    // closes the dialog from any control (keyPressEvent).
+    Command1->setAutoDefault(false);
     connect(Command1, &QPushButton::clicked, this, &optionsform::Command1_Click);
 
     const std::array<QWidget *, 5> tabOrder{Combodevice, Combochannel, volumeslider, comboinstr, Command1};
@@ -221,6 +225,16 @@ void optionsform::showEvent(QShowEvent *event)
     if (!m_loaded)
         Form_Load();
     QDialog::showEvent(event);
+}
+
+void optionsform::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+        Command1_Click();
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void optionsform::Command1_Click()

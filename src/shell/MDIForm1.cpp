@@ -9,6 +9,7 @@
 #include "midi/Midi_interface.h"
 #include "midi/optionsform.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -155,7 +156,16 @@ void MDIForm1::showExercise(int index)
     m_subWindow->setWindowTitle(m_exercise->windowTitle());
     m_subWindow->showMaximized();
     m_exercise->Form_Load();
-    m_exercise->setFocus();
+    connect(m_exercise, &ExercisePanel::focusLeaving, this, [this](bool forward) {
+        // Past the window's last control Tab comes round to the top of the
+        // main window, the bar; Shift+Tab from its first control goes up to
+        // the bar's last button.
+        if (forward)
+            m_buttons.front()->setFocus(Qt::TabFocusReason);
+        else
+            m_buttons.back()->setFocus(Qt::BacktabFocusReason);
+    });
+    m_exercise->focusStartControl();
 }
 
 void MDIForm1::unloadExercise()
@@ -182,6 +192,16 @@ void MDIForm1::aboutmnu_Click()
 {
     formabout about(this);
     about.exec();
+}
+
+bool MDIForm1::focusNextPrevChild(bool next)
+{
+    QWidget *edge = next ? m_buttons.back() : m_buttons.front();
+    if (m_exercise && QApplication::focusWidget() == edge) {
+        m_exercise->enterFocus(next);
+        return true;
+    }
+    return QMainWindow::focusNextPrevChild(next);
 }
 
 void MDIForm1::closeEvent(QCloseEvent *event)

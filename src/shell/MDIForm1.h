@@ -45,6 +45,9 @@ public:
 protected:
     // MDIForm_Unload: the exit question comes before anything is closed.
     void closeEvent(QCloseEvent *event) override;
+    // Tab runs from the bar into the exercise window and back out to the
+    // bar, which an MDI child window would otherwise never let it do.
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void createBar();

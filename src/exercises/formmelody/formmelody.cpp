@@ -95,11 +95,12 @@ QGridLayout *compactGrid(QWidget *frame)
 }
 
 // Lays the boxes out in rows of three, with the preset buttons in a column
-// of their own on the right.
+// of their own on the right. Both frames have an "ALL" and a "NONE": a
+// screen reader says which boxes a preset acts on.
 template<std::size_t N, std::size_t P>
 void fillFrame(QGroupBox *frame, std::array<QCheckBox *, N> &boxes, const char *name,
                const std::array<const char *, N> &captions, const std::array<Preset, P> &presets,
-               std::array<QPushButton *, P> &buttons)
+               std::array<QPushButton *, P> &buttons, const QString &boxesSpoken)
 {
     constexpr int Columns = 3;
     auto *grid = compactGrid(frame);
@@ -111,6 +112,7 @@ void fillFrame(QGroupBox *frame, std::array<QCheckBox *, N> &boxes, const char *
     for (std::size_t p = 0; p < P; ++p) {
         buttons[p] = new QPushButton(QLatin1String(presets[p].caption), frame);
         buttons[p]->setObjectName(QLatin1String(presets[p].name));
+        buttons[p]->setAccessibleName(QStringLiteral("%1 %2").arg(buttons[p]->text(), boxesSpoken));
         grid->addWidget(buttons[p], int(p), Columns);
     }
     grid->setColumnStretch(Columns, 1);
@@ -146,7 +148,7 @@ QGroupBox *formmelody::buildNotesFrame()
     auto *frame = new QGroupBox(tr("Notes"), exerciseArea());
     frame->setObjectName(QStringLiteral("notesframe"));
     std::array<QPushButton *, NotePresets.size()> buttons{};
-    fillFrame(frame, m_noteBoxes, "Nota", melody::KeyCaptions, NotePresets, buttons);
+    fillFrame(frame, m_noteBoxes, "Nota", melody::KeyCaptions, NotePresets, buttons, tr("notes"));
     for (std::size_t p = 0; p < buttons.size(); ++p)
         connect(buttons[p], &QPushButton::clicked, this, [this, p] { tick(m_noteBoxes, NotePresets[p].ticked); });
     return frame;
@@ -157,7 +159,7 @@ QGroupBox *formmelody::buildOctavesFrame()
     auto *frame = new QGroupBox(tr("Octaves"), exerciseArea());
     frame->setObjectName(QStringLiteral("octavesframe"));
     std::array<QPushButton *, OctavePresets.size()> buttons{};
-    fillFrame(frame, m_octaveBoxes, "octave", melody::OctaveCaptions, OctavePresets, buttons);
+    fillFrame(frame, m_octaveBoxes, "octave", melody::OctaveCaptions, OctavePresets, buttons, tr("octaves"));
     for (std::size_t p = 0; p < buttons.size(); ++p)
         connect(buttons[p], &QPushButton::clicked, this, [this, p] { tick(m_octaveBoxes, OctavePresets[p].ticked); });
     return frame;
