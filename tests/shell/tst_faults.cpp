@@ -24,14 +24,7 @@ constexpr std::array<MidiResult, 11> FailureCodes{
 
 QString operationName(Call call)
 {
-    switch (call) {
-    case Call::Open:
-        return QStringLiteral("Open");
-    case Call::Close:
-        return QStringLiteral("Close");
-    default:
-        return QStringLiteral("ShortMsg");
-    }
+    return call == Call::Open ? QStringLiteral("Open") : call == Call::Close ? QStringLiteral("Close") : QStringLiteral("ShortMsg");
 }
 
 // What the user can see of an exercise after a phase: the score and the boxes.
@@ -41,14 +34,6 @@ struct Outcome {
     QStringList boxes;
     std::vector<int> nextNotes;
 };
-
-QStringList scoreOf(const ExercisePanel *window)
-{
-    QStringList score;
-    for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel"})
-        score << test::child<QLabel>(window, QString::fromLatin1(name))->text();
-    return score;
-}
 
 QString tickedOf(const ExercisePanel *window)
 {
@@ -70,8 +55,9 @@ Outcome runPhase(Phase phase, Call call, int code)
         inject();
     window.MDIForm_Load();
     ExercisePanel *melody = window.exerciseWindow();
-    test::child<QComboBox>(melody, QStringLiteral("nnotescombo"))->setCurrentIndex(2);
-    emit test::child<QComboBox>(melody, QStringLiteral("nnotescombo"))->activated(2);
+    auto *count = test::child<QComboBox>(melody, QStringLiteral("nnotescombo"));
+    count->setCurrentIndex(2);
+    emit count->activated(2);
     fx.random.script({0.1, 0.2, 0.3, 0.4, 0.5, 0.6});
 
     switch (phase) {
@@ -79,18 +65,18 @@ Outcome runPhase(Phase phase, Call call, int code)
         break;
     case Phase::Question:
         inject();
-        test::click(test::child<QPushButton>(melody, QStringLiteral("New")));
+        test::click(melody, QStringLiteral("New"));
         break;
     case Phase::Wait:
         // The fault arrives between two notes of a question.
         setWaitScale(0.02);
         QTimer::singleShot(5, melody, inject);
-        test::click(test::child<QPushButton>(melody, QStringLiteral("New")));
+        test::click(melody, QStringLiteral("New"));
         setWaitScale(0);
         break;
     case Phase::StopNoise:
         inject();
-        test::click(test::child<QPushButton>(melody, QStringLiteral("stopnoise")));
+        test::click(melody, QStringLiteral("stopnoise"));
         break;
     case Phase::Settings:
         inject();
@@ -99,14 +85,14 @@ Outcome runPhase(Phase phase, Call call, int code)
         break;
     }
 
-    Outcome outcome{scoreOf(melody), tickedOf(melody), fx.boxes.texts(), {}};
+    Outcome outcome{test::score(melody), tickedOf(melody), fx.boxes.texts(), {}};
     // The fault goes away; a restart brings the port back and the next
     // question sounds.
     fx.platform.setFailure(call, 0);
     if (!fx.midi.MidiPortOpen)
         fx.midi.ToggleMidiOut();
     fx.platform.clear();
-    test::click(test::child<QPushButton>(window.exerciseWindow(), QStringLiteral("New")));
+    test::click(window.exerciseWindow(), QStringLiteral("New"));
     outcome.nextNotes = fx.notesPlayed();
     return outcome;
 }
@@ -118,55 +104,45 @@ class FaultTest : public QObject
     Q_OBJECT
 
 private slots:
-    void everyFaultIsShownAndLosesNothing_data();
-    void everyFaultIsShownAndLosesNothing();
-};
-
-void FaultTest::everyFaultIsShownAndLosesNothing_data()
-{
-    QTest::addColumn<int>("phase");
-    QTest::addColumn<int>("call");
-    QTest::addColumn<int>("code");
-    const std::array<std::pair<Phase, const char *>, 5> phases{{{Phase::StartUp, "start-up"},
-                                                                {Phase::Question, "question"},
-                                                                {Phase::Wait, "wait"},
-                                                                {Phase::StopNoise, "stop noise"},
-                                                                {Phase::Settings, "settings"}}};
-    for (const auto &[phase, phaseName] : phases) {
-        for (const Call call : {Call::Open, Call::Close, Call::Send}) {
-            for (const MidiResult code : FailureCodes) {
-                QTest::addRow("%s, %s fails with %d", phaseName, qPrintable(operationName(call)), toCode(code))
-                    << int(phase) << int(call) << toCode(code);
-            }
-        }
+    void everyFaultIsShownAndLosesNothing_data()
+    {
+        QTest::addColumn<int>("phase");
+        QTest::addColumn<int>("call");
+        QTest::addColumn<int>("code");
+        const std::array phaseNames{"start-up", "question", "wait", "stop noise", "settings"};
+        for (std::size_t phase = 0; phase < phaseNames.size(); ++phase)
+            for (const Call call : {Call::Open, Call::Close, Call::Send})
+                for (const MidiResult code : FailureCodes)
+                    QTest::addRow("%s, %s fails with %d", phaseNames[phase], qPrintable(operationName(call)), toCode(code))
+                        << int(phase) << int(call) << toCode(code);
     }
-}
 
-void FaultTest::everyFaultIsShownAndLosesNothing()
-{
-    QFETCH(int, phase);
-    QFETCH(int, call);
-    QFETCH(int, code);
-    const Outcome clean = runPhase(Phase(phase), Call(call), 0);
-    const Outcome faulty = runPhase(Phase(phase), Call(call), code);
+    void everyFaultIsShownAndLosesNothing()
+    {
+        QFETCH(int, phase);
+        QFETCH(int, call);
+        QFETCH(int, code);
+        const Outcome clean = runPhase(Phase(phase), Call(call), 0);
+        const Outcome faulty = runPhase(Phase(phase), Call(call), code);
 
-    QVERIFY(clean.boxes.isEmpty());
-    const QString errorBox = QStringLiteral("Operation:%1\r\n%2")
-                                 .arg(operationName(Call(call)), RecordingMidiPlatform().errorText(code));
-    for (const QString &box : faulty.boxes)
-        QVERIFY2(box == errorBox || box == Midi_interface::RefusalText, qPrintable(box));
-    // A failing call is reported wherever the phase makes it: every phase
-    // sends, start-up opens, and the restarts close and open.
-    const bool restarts = Phase(phase) == Phase::StopNoise || Phase(phase) == Phase::Settings;
-    const bool made = Call(call) == Call::Send || restarts || (Call(call) == Call::Open && Phase(phase) == Phase::StartUp);
-    if (made)
-        QVERIFY2(faulty.boxes.contains(errorBox), qPrintable(faulty.boxes.join(QLatin1Char('|'))));
+        QVERIFY(clean.boxes.isEmpty());
+        const QString errorBox = QStringLiteral("Operation:%1\r\n%2")
+                                     .arg(operationName(Call(call)), RecordingMidiPlatform().errorText(code));
+        for (const QString &box : faulty.boxes)
+            QVERIFY2(box == errorBox || box == Midi_interface::RefusalText, qPrintable(box));
+        // A failing call is reported wherever the phase makes it: every phase
+        // sends, start-up opens, and the restarts close and open.
+        const bool restarts = Phase(phase) == Phase::StopNoise || Phase(phase) == Phase::Settings;
+        const bool made = Call(call) == Call::Send || restarts || (Call(call) == Call::Open && Phase(phase) == Phase::StartUp);
+        if (made)
+            QVERIFY2(faulty.boxes.contains(errorBox), qPrintable(faulty.boxes.join(QLatin1Char('|'))));
 
-    QCOMPARE(faulty.score, clean.score);
-    QCOMPARE(faulty.ticked, clean.ticked);
-    QCOMPARE(faulty.nextNotes, clean.nextNotes);
-    QVERIFY(!faulty.nextNotes.empty());
-}
+        QCOMPARE(faulty.score, clean.score);
+        QCOMPARE(faulty.ticked, clean.ticked);
+        QCOMPARE(faulty.nextNotes, clean.nextNotes);
+        QVERIFY(!faulty.nextNotes.empty());
+    }
+};
 
 QTEST_MAIN(FaultTest)
 #include "tst_faults.moc"
