@@ -53,12 +53,8 @@ public:
     // error() tells why (no pulseaudio installed, say).
     bool start()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("pulseaudio")).isEmpty()) {
-            m_error = QStringLiteral("pulseaudio is not installed");
-            return false;
-        }
-        if (!m_dir.isValid()) {
-            m_error = QStringLiteral("no temporary folder");
+        if (QStandardPaths::findExecutable(QStringLiteral("pulseaudio")).isEmpty() || !m_dir.isValid()) {
+            m_error = QStringLiteral("pulseaudio is not installed, or there is no temporary folder");
             return false;
         }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -72,13 +68,10 @@ public:
         // No default.pa (-n): only the null sink and the socket. A server
         // run as root warns that it is not meant to be; that is fine here.
         m_server.start(QStringLiteral("pulseaudio"),
-                       {QStringLiteral("--daemonize=no"), QStringLiteral("--system=false"),
-                        QStringLiteral("--exit-idle-time=-1"), QStringLiteral("--use-pid-file=false"),
-                        QStringLiteral("-n"), QStringLiteral("--log-target=stderr"),
-                        QStringLiteral("-L"),
-                        QStringLiteral("module-null-sink sink_name=%1 rate=%2").arg(SinkName).arg(SampleRate),
-                        QStringLiteral("-L"),
-                        QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1").arg(socketPath())});
+                       QStringList{"--daemonize=no", "--system=false", "--exit-idle-time=-1", "--use-pid-file=false", "-n",
+                                   "--log-target=stderr", "-L",
+                                   QStringLiteral("module-null-sink sink_name=%1 rate=%2").arg(SinkName).arg(SampleRate), "-L",
+                                   "module-native-protocol-unix auth-anonymous=1 socket=" + socketPath()});
         if (!m_server.waitForStarted(5000)) {
             m_error = QStringLiteral("pulseaudio did not start: ") + m_server.errorString();
             return false;
@@ -98,7 +91,6 @@ public:
         QFile::remove(socketPath());
     }
 
-    bool isRunning() const { return m_server.state() == QProcess::Running; }
     qint64 processId() const { return m_server.processId(); }
     QString socketPath() const { return m_dir.filePath(QStringLiteral("native")); }
     // What PULSE_SERVER must hold for a client to reach this server.
@@ -133,10 +125,8 @@ public:
         // Without a small latency parecord fetches its data in chunks of
         // seconds and a short recording comes back nearly empty.
         m_recorder.start(QStringLiteral("parecord"),
-                         {QStringLiteral("--device=") + server.monitorName(), QStringLiteral("--raw"),
-                          QStringLiteral("--format=s16le"), QStringLiteral("--channels=1"),
-                          QStringLiteral("--rate=%1").arg(PrivatePulseServer::SampleRate),
-                          QStringLiteral("--latency-msec=20"), m_path});
+                         {"--device=" + server.monitorName(), "--raw", "--format=s16le", "--channels=1",
+                          QStringLiteral("--rate=%1").arg(PrivatePulseServer::SampleRate), "--latency-msec=20", m_path});
     }
     ~MonitorRecording() { stopProcess(m_recorder); }
 

@@ -20,17 +20,12 @@ using Bytes = std::vector<std::uint8_t>;
 struct FakeService {
     std::vector<std::string> ports;
     std::map<std::string, std::vector<Bytes>> sent;
-    int listings = 0;
 };
 
 class FakePort : public SystemMidiPort
 {
 public:
-    FakePort(FakeService &service, std::string name)
-        : m_service(service)
-        , m_name(std::move(name))
-    {
-    }
+    FakePort(FakeService &service, std::string name) : m_service(service), m_name(std::move(name)) {}
     MidiResult send(const std::uint8_t *bytes, std::size_t count) override
     {
         m_service.sent[m_name].emplace_back(bytes, bytes + count);
@@ -45,15 +40,8 @@ private:
 class FakePorts : public SystemMidiPorts
 {
 public:
-    explicit FakePorts(FakeService &service)
-        : m_service(service)
-    {
-    }
-    std::vector<std::string> portNames() override
-    {
-        ++m_service.listings;
-        return m_service.ports;
-    }
+    explicit FakePorts(FakeService &service) : m_service(service) {}
+    std::vector<std::string> portNames() override { return m_service.ports; }
     MidiResult open(const std::string &name, std::unique_ptr<SystemMidiPort> &port) override
     {
         if (std::find(m_service.ports.begin(), m_service.ports.end(), name) == m_service.ports.end())
@@ -79,266 +67,215 @@ class SystemMidiPlatformTest : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase();
-    void init();
-
-    void listsTheSynthesizerFirstThenThePorts();
-    void namesAreShortAndPrintable_data();
-    void namesAreShortAndPrintable();
-    void opensOrRefuses_data();
-    void opensOrRefuses();
-    void refusesADeviceThatIsAlreadyOpen_data();
-    void refusesADeviceThatIsAlreadyOpen();
-    void handlesAreOursAndDieWithTheClose();
-    void sendsEachMessageWithItsLength_data();
-    void sendsEachMessageWithItsLength();
-    void silencesAPortBeforeClosingIt();
-    void vanishedPortGivesDeviceVanished();
-    void relistsThePortsAtEveryCount();
-    void playsOnTheBuiltInSynthesizer();
-    void alsaPortNamesAreShortened_data();
-    void alsaPortNamesAreShortened();
-    void realMidiServiceNeverFailsTheList();
-
-private:
     FakeService m_service;
     std::unique_ptr<SystemMidiPlatform> m_platform;
-};
 
-void SystemMidiPlatformTest::initTestCase()
-{
-    if (findGeneralMidiSoundFont().empty())
-        QSKIP("No General MIDI SoundFont installed (package timgm6mb-soundfont)");
-}
-
-void SystemMidiPlatformTest::init()
-{
-    // The old platform silences its open ports as it goes.
-    m_platform.reset();
-    m_service = FakeService{{"Keys:Keys MIDI 1 20:0", "Sampler:in 128:0"}, {}, 0};
-    m_platform = std::make_unique<SystemMidiPlatform>(offlineSynth(), std::make_unique<FakePorts>(m_service));
-}
-
-void SystemMidiPlatformTest::listsTheSynthesizerFirstThenThePorts()
-{
-    QCOMPARE(m_platform->outputDeviceCount(), 3);
-    QCOMPARE(m_platform->deviceName(0), QStringLiteral("Built-in synthesizer"));
-    QCOMPARE(m_platform->deviceName(1), QStringLiteral("Keys:Keys MIDI 1 20:0"));
-    QCOMPARE(m_platform->deviceName(2), QStringLiteral("Sampler:in 128:0"));
-    QCOMPARE(m_platform->deviceName(3), QString());
-    QCOMPARE(m_platform->deviceName(-1), QString());
-}
-
-void SystemMidiPlatformTest::namesAreShortAndPrintable_data()
-{
-    QTest::addColumn<QString>("portName");
-    QTest::addColumn<QString>("shown");
-
-    QTest::newRow("short") << "Synth" << "Synth";
-    QTest::newRow("long") << "A very long port name of some USB device" << "A very long port name of some U";
-    QTest::newRow("control characters") << "Out\t1\n" << "Out 1";
-}
-
-void SystemMidiPlatformTest::namesAreShortAndPrintable()
-{
-    QFETCH(QString, portName);
-    QFETCH(QString, shown);
-    m_service.ports = {portName.toStdString()};
-    QCOMPARE(m_platform->outputDeviceCount(), 2);
-    QCOMPARE(m_platform->deviceName(1), shown);
-}
-
-void SystemMidiPlatformTest::opensOrRefuses_data()
-{
-    QTest::addColumn<int>("deviceId");
-    QTest::addColumn<MidiResult>("result");
-
-    QTest::newRow("mapper") << -1 << MidiResult::Ok;
-    QTest::newRow("built-in synthesizer") << 0 << MidiResult::Ok;
-    QTest::newRow("first port") << 1 << MidiResult::Ok;
-    QTest::newRow("last port") << 2 << MidiResult::Ok;
-    QTest::newRow("past the last port") << 3 << MidiResult::BadDeviceId;
-    QTest::newRow("below the mapper") << -2 << MidiResult::BadDeviceId;
-}
-
-void SystemMidiPlatformTest::opensOrRefuses()
-{
-    QFETCH(int, deviceId);
-    QFETCH(MidiResult, result);
-
-    m_platform->outputDeviceCount();
-    MidiHandle handle = 0;
-    QCOMPARE(m_platform->open(&handle, deviceId), toCode(result));
-    QCOMPARE(handle != 0, result == MidiResult::Ok);
-}
-
-void SystemMidiPlatformTest::refusesADeviceThatIsAlreadyOpen_data()
-{
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("second");
-    QTest::addColumn<MidiResult>("result");
-
-    QTest::newRow("synthesizer twice") << 0 << 0 << MidiResult::DeviceInUse;
-    QTest::newRow("mapper, then synthesizer") << -1 << 0 << MidiResult::DeviceInUse;
-    QTest::newRow("port twice") << 1 << 1 << MidiResult::DeviceInUse;
-    QTest::newRow("two ports") << 1 << 2 << MidiResult::Ok;
-    QTest::newRow("port and synthesizer") << 2 << 0 << MidiResult::Ok;
-}
-
-void SystemMidiPlatformTest::refusesADeviceThatIsAlreadyOpen()
-{
-    QFETCH(int, first);
-    QFETCH(int, second);
-    QFETCH(MidiResult, result);
-
-    MidiHandle a = 0, b = 0;
-    QCOMPARE(m_platform->open(&a, first), Ok);
-    QCOMPARE(m_platform->open(&b, second), toCode(result));
-    // Once closed, the device opens again.
-    QCOMPARE(m_platform->close(a), Ok);
-    if (result != MidiResult::Ok)
-        QCOMPARE(m_platform->open(&b, second), Ok);
-}
-
-void SystemMidiPlatformTest::handlesAreOursAndDieWithTheClose()
-{
-    const std::uint32_t note = midi::packShortMessage(midi::NoteOnStatus, 60, 100);
-    MidiHandle synth = 0, port = 0;
-    QCOMPARE(m_platform->open(&synth, 0), Ok);
-    QCOMPARE(m_platform->open(&port, 1), Ok);
-    QVERIFY(synth != 0 && port != 0 && synth != port);
-
-    QCOMPARE(m_platform->sendShortMessage(0, note), toCode(MidiResult::InvalidHandle));
-    QCOMPARE(m_platform->close(synth + port + 1), toCode(MidiResult::InvalidHandle));
-    QCOMPARE(m_platform->close(synth), Ok);
-    QCOMPARE(m_platform->close(synth), toCode(MidiResult::InvalidHandle));
-    QCOMPARE(m_platform->sendShortMessage(synth, note), toCode(MidiResult::InvalidHandle));
-    QCOMPARE(m_platform->sendShortMessage(port, note), Ok);
-
-    // A handle is never given out twice, so a stale one cannot reach a newer
-    // device.
-    MidiHandle again = 0;
-    QCOMPARE(m_platform->open(&again, 0), Ok);
-    QVERIFY(again != synth);
-}
-
-void SystemMidiPlatformTest::sendsEachMessageWithItsLength_data()
-{
-    QTest::addColumn<std::uint32_t>("message");
-    QTest::addColumn<Bytes>("bytes");
-    QTest::addColumn<MidiResult>("result");
-
-    QTest::newRow("note on") << midi::packShortMessage(0x93, 60, 100) << Bytes{0x93, 60, 100} << MidiResult::Ok;
-    QTest::newRow("bank select") << midi::packShortMessage(0xB0, 32, 0) << Bytes{0xB0, 32, 0} << MidiResult::Ok;
-    QTest::newRow("program change") << midi::packShortMessage(0xC0, 24, 0) << Bytes{0xC0, 24} << MidiResult::Ok;
-    QTest::newRow("channel pressure") << midi::packShortMessage(0xD5, 9, 0) << Bytes{0xD5, 9} << MidiResult::Ok;
-    QTest::newRow("pitch bend") << midi::packShortMessage(0xE0, 0, 64) << Bytes{0xE0, 0, 64} << MidiResult::Ok;
-    QTest::newRow("song select") << midi::packShortMessage(0xF3, 2, 0) << Bytes{0xF3, 2} << MidiResult::Ok;
-    QTest::newRow("timing clock") << std::uint32_t(0xF8) << Bytes{0xF8} << MidiResult::Ok;
-    QTest::newRow("no status") << std::uint32_t(0x3C) << Bytes{} << MidiResult::DataOutOfRange;
-    QTest::newRow("data above 127") << midi::packShortMessage(0x90, 60, 200) << Bytes{} << MidiResult::DataOutOfRange;
-}
-
-void SystemMidiPlatformTest::sendsEachMessageWithItsLength()
-{
-    QFETCH(std::uint32_t, message);
-    QFETCH(Bytes, bytes);
-    QFETCH(MidiResult, result);
-
-    MidiHandle handle = 0;
-    QCOMPARE(m_platform->open(&handle, 1), Ok);
-    QCOMPARE(m_platform->sendShortMessage(handle, message), toCode(result));
-    const auto &sent = m_service.sent[m_service.ports[0]];
-    QCOMPARE(sent.size(), bytes.empty() ? 0u : 1u);
-    if (!bytes.empty())
-        QCOMPARE(sent.front(), bytes);
-}
-
-void SystemMidiPlatformTest::silencesAPortBeforeClosingIt()
-{
-    MidiHandle handle = 0;
-    QCOMPARE(m_platform->open(&handle, 2), Ok);
-    QCOMPARE(m_platform->close(handle), Ok);
-
-    std::vector<Bytes> expected;
-    for (std::uint8_t channel = 0; channel < midi::ChannelCount; ++channel) {
-        expected.push_back({std::uint8_t(midi::ControlChangeStatus + channel), midi::AllSoundOff, 0});
-        expected.push_back({std::uint8_t(midi::ControlChangeStatus + channel), midi::AllNotesOff, 0});
+private slots:
+    void initTestCase()
+    {
+        if (findGeneralMidiSoundFont().empty())
+            QSKIP("No General MIDI SoundFont installed (package timgm6mb-soundfont)");
     }
-    QCOMPARE(m_service.sent[m_service.ports[1]], expected);
-    QVERIFY(m_service.sent[m_service.ports[0]].empty());
-}
 
-void SystemMidiPlatformTest::vanishedPortGivesDeviceVanished()
-{
-    QCOMPARE(m_platform->outputDeviceCount(), 3);
-    // Unplugged while the settings dialog showed the list.
-    m_service.ports.erase(m_service.ports.begin());
-    MidiHandle handle = 0;
-    QCOMPARE(m_platform->open(&handle, 1), toCode(MidiResult::DeviceVanished));
-    QCOMPARE(handle, MidiHandle(0));
-    // The list read afresh no longer has it; the other port has moved up.
-    QCOMPARE(m_platform->outputDeviceCount(), 2);
-    QCOMPARE(m_platform->open(&handle, 1), Ok);
-}
+    void init()
+    {
+        // The old platform silences its open ports as it goes.
+        m_platform.reset();
+        m_service = FakeService{{"Keys:Keys MIDI 1 20:0", "Sampler:in 128:0"}, {}};
+        m_platform = std::make_unique<SystemMidiPlatform>(offlineSynth(), std::make_unique<FakePorts>(m_service));
+    }
 
-void SystemMidiPlatformTest::relistsThePortsAtEveryCount()
-{
-    QCOMPARE(m_platform->outputDeviceCount(), 3);
-    m_service.ports.push_back("New:port 30:0");
-    QCOMPARE(m_platform->outputDeviceCount(), 4);
-    QCOMPARE(m_platform->deviceName(3), QStringLiteral("New:port 30:0"));
-    m_service.ports.clear();
-    QCOMPARE(m_platform->outputDeviceCount(), 1);
-    QCOMPARE(m_service.listings, 3);
-}
+    void listsTheSynthesizerFirstThenThePortsAnewAtEveryCount()
+    {
+        QCOMPARE(m_platform->outputDeviceCount(), 3);
+        QCOMPARE(m_platform->deviceName(0), QStringLiteral("Built-in synthesizer"));
+        QCOMPARE(m_platform->deviceName(2), QStringLiteral("Sampler:in 128:0"));
+        QCOMPARE(m_platform->deviceName(3), QString());
+        QCOMPARE(m_platform->deviceName(-1), QString());
+        m_service.ports.push_back("New:port 30:0");
+        QCOMPARE(m_platform->outputDeviceCount(), 4);
+        QCOMPARE(m_platform->deviceName(3), QStringLiteral("New:port 30:0"));
+        m_service.ports.clear();
+        QCOMPARE(m_platform->outputDeviceCount(), 1);
+    }
 
-void SystemMidiPlatformTest::playsOnTheBuiltInSynthesizer()
-{
-    MidiHandle handle = 0;
-    QCOMPARE(m_platform->open(&handle, -1), Ok);
-    QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 100)), Ok);
-    std::vector<float> stereo(2 * 4410);
-    m_platform->builtInSynth().render(stereo.data(), 4410);
-    QVERIFY(*std::max_element(stereo.begin(), stereo.end()) > 0.01f);
-    QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 0)), Ok);
-    QVERIFY(m_service.sent.empty());
-}
+    void opensOrRefuses_data()
+    {
+        QTest::addColumn<int>("deviceId");
+        QTest::addColumn<MidiResult>("result");
 
-void SystemMidiPlatformTest::alsaPortNamesAreShortened_data()
-{
-    QTest::addColumn<QString>("rtMidiName");
-    QTest::addColumn<QString>("shown");
+        QTest::newRow("mapper") << -1 << MidiResult::Ok;
+        QTest::newRow("built-in synthesizer") << 0 << MidiResult::Ok;
+        QTest::newRow("first port") << 1 << MidiResult::Ok;
+        QTest::newRow("past the last port") << 3 << MidiResult::BadDeviceId;
+        QTest::newRow("below the mapper") << -2 << MidiResult::BadDeviceId;
+    }
 
-    QTest::newRow("port repeats client") << "Midi Through:Midi Through Port-0 14:0" << "Midi Through Port-0";
-    QTest::newRow("port of its own") << "FLUID Synth (123):Synth input port 128:0" << "FLUID Synth (123): Synth input port";
-    QTest::newRow("colon in port name") << "USB Uno:USB Uno MIDI 1:1 24:0" << "USB Uno MIDI 1:1";
-    QTest::newRow("no address") << "Something else" << "Something else";
-}
+    void opensOrRefuses()
+    {
+        QFETCH(int, deviceId);
+        QFETCH(MidiResult, result);
 
-void SystemMidiPlatformTest::alsaPortNamesAreShortened()
-{
-    QFETCH(QString, rtMidiName);
-    QFETCH(QString, shown);
-    QCOMPARE(QString::fromStdString(displayNameOfAlsaPort(rtMidiName.toStdString())), shown);
-}
+        m_platform->outputDeviceCount();
+        MidiHandle handle = 0;
+        QCOMPARE(m_platform->open(&handle, deviceId), toCode(result));
+        QCOMPARE(handle != 0, result == MidiResult::Ok);
+    }
 
-void SystemMidiPlatformTest::realMidiServiceNeverFailsTheList()
-{
-    // Whatever this machine has: without /dev/snd or an ALSA sequencer the
-    // list holds the built-in synthesizer alone, and nothing throws.
-    SystemMidiPlatform platform(offlineSynth(), std::make_unique<RtMidiPorts>());
-    const int count = platform.outputDeviceCount();
-    if (!QFileInfo::exists(QStringLiteral("/dev/snd/seq")))
-        QCOMPARE(count, 1);
-    QVERIFY(count >= 1);
-    for (int id = 1; id < count; ++id)
-        QVERIFY(!platform.deviceName(id).isEmpty());
-    MidiHandle handle = 0;
-    QCOMPARE(platform.open(&handle, count), toCode(MidiResult::BadDeviceId));
-    QCOMPARE(platform.outputDeviceCount(), count);
-}
+    void refusesADeviceThatIsAlreadyOpen_data()
+    {
+        QTest::addColumn<int>("first");
+        QTest::addColumn<int>("second");
+        QTest::addColumn<MidiResult>("result");
+
+        QTest::newRow("synthesizer twice") << 0 << 0 << MidiResult::DeviceInUse;
+        QTest::newRow("mapper, then synthesizer") << -1 << 0 << MidiResult::DeviceInUse;
+        QTest::newRow("port twice") << 1 << 1 << MidiResult::DeviceInUse;
+        QTest::newRow("two ports") << 1 << 2 << MidiResult::Ok;
+        QTest::newRow("port and synthesizer") << 2 << 0 << MidiResult::Ok;
+    }
+
+    void refusesADeviceThatIsAlreadyOpen()
+    {
+        QFETCH(int, first);
+        QFETCH(int, second);
+        QFETCH(MidiResult, result);
+
+        MidiHandle a = 0, b = 0;
+        QCOMPARE(m_platform->open(&a, first), Ok);
+        QCOMPARE(m_platform->open(&b, second), toCode(result));
+        // Once closed, the device opens again.
+        QCOMPARE(m_platform->close(a), Ok);
+        if (result != MidiResult::Ok)
+            QCOMPARE(m_platform->open(&b, second), Ok);
+    }
+
+    void handlesAreOursAndDieWithTheClose()
+    {
+        const std::uint32_t note = midi::packShortMessage(midi::NoteOnStatus, 60, 100);
+        MidiHandle synth = 0, port = 0;
+        QCOMPARE(m_platform->open(&synth, 0), Ok);
+        QCOMPARE(m_platform->open(&port, 1), Ok);
+        QVERIFY(synth != 0 && port != 0 && synth != port);
+
+        QCOMPARE(m_platform->sendShortMessage(0, note), toCode(MidiResult::InvalidHandle));
+        QCOMPARE(m_platform->close(synth + port + 1), toCode(MidiResult::InvalidHandle));
+        QCOMPARE(m_platform->close(synth), Ok);
+        QCOMPARE(m_platform->close(synth), toCode(MidiResult::InvalidHandle));
+        QCOMPARE(m_platform->sendShortMessage(synth, note), toCode(MidiResult::InvalidHandle));
+        QCOMPARE(m_platform->sendShortMessage(port, note), Ok);
+
+        // A handle is never given out twice, so a stale one cannot reach a newer
+        // device.
+        MidiHandle again = 0;
+        QCOMPARE(m_platform->open(&again, 0), Ok);
+        QVERIFY(again != synth);
+    }
+
+    void sendsEachMessageWithItsLength_data()
+    {
+        QTest::addColumn<std::uint32_t>("message");
+        QTest::addColumn<Bytes>("bytes");
+        QTest::addColumn<MidiResult>("result");
+
+        QTest::newRow("note on") << midi::packShortMessage(0x93, 60, 100) << Bytes{0x93, 60, 100} << MidiResult::Ok;
+        QTest::newRow("program change") << midi::packShortMessage(0xC0, 24, 0) << Bytes{0xC0, 24} << MidiResult::Ok;
+        QTest::newRow("channel pressure") << midi::packShortMessage(0xD5, 9, 0) << Bytes{0xD5, 9} << MidiResult::Ok;
+        QTest::newRow("song select") << midi::packShortMessage(0xF3, 2, 0) << Bytes{0xF3, 2} << MidiResult::Ok;
+        QTest::newRow("timing clock") << std::uint32_t(0xF8) << Bytes{0xF8} << MidiResult::Ok;
+        QTest::newRow("no status") << std::uint32_t(0x3C) << Bytes{} << MidiResult::DataOutOfRange;
+        QTest::newRow("data above 127") << midi::packShortMessage(0x90, 60, 200) << Bytes{} << MidiResult::DataOutOfRange;
+    }
+
+    void sendsEachMessageWithItsLength()
+    {
+        QFETCH(std::uint32_t, message);
+        QFETCH(Bytes, bytes);
+        QFETCH(MidiResult, result);
+
+        MidiHandle handle = 0;
+        QCOMPARE(m_platform->open(&handle, 1), Ok);
+        QCOMPARE(m_platform->sendShortMessage(handle, message), toCode(result));
+        const auto &sent = m_service.sent[m_service.ports[0]];
+        QCOMPARE(sent.size(), bytes.empty() ? 0u : 1u);
+        if (!bytes.empty())
+            QCOMPARE(sent.front(), bytes);
+    }
+
+    void silencesAPortBeforeClosingIt()
+    {
+        MidiHandle handle = 0;
+        QCOMPARE(m_platform->open(&handle, 2), Ok);
+        QCOMPARE(m_platform->close(handle), Ok);
+
+        std::vector<Bytes> expected;
+        for (std::uint8_t channel = 0; channel < midi::ChannelCount; ++channel) {
+            expected.push_back({std::uint8_t(midi::ControlChangeStatus + channel), midi::AllSoundOff, 0});
+            expected.push_back({std::uint8_t(midi::ControlChangeStatus + channel), midi::AllNotesOff, 0});
+        }
+        QCOMPARE(m_service.sent[m_service.ports[1]], expected);
+        QVERIFY(m_service.sent[m_service.ports[0]].empty());
+    }
+
+    void vanishedPortGivesDeviceVanished()
+    {
+        QCOMPARE(m_platform->outputDeviceCount(), 3);
+        // Unplugged while the settings dialog showed the list.
+        m_service.ports.erase(m_service.ports.begin());
+        MidiHandle handle = 0;
+        QCOMPARE(m_platform->open(&handle, 1), toCode(MidiResult::DeviceVanished));
+        QCOMPARE(handle, MidiHandle(0));
+        // The list read afresh no longer has it; the other port has moved up.
+        QCOMPARE(m_platform->outputDeviceCount(), 2);
+        QCOMPARE(m_platform->open(&handle, 1), Ok);
+    }
+
+    void playsOnTheBuiltInSynthesizer()
+    {
+        MidiHandle handle = 0;
+        QCOMPARE(m_platform->open(&handle, -1), Ok);
+        QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 100)), Ok);
+        std::vector<float> stereo(2 * 4410);
+        m_platform->builtInSynth().render(stereo.data(), 4410);
+        QVERIFY(*std::max_element(stereo.begin(), stereo.end()) > 0.01f);
+        QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 0)), Ok);
+        QVERIFY(m_service.sent.empty());
+    }
+
+    void alsaPortNamesAreShortened_data()
+    {
+        QTest::addColumn<QString>("rtMidiName");
+        QTest::addColumn<QString>("shown");
+
+        QTest::newRow("port repeats client") << "Midi Through:Midi Through Port-0 14:0" << "Midi Through Port-0";
+        QTest::newRow("port of its own") << "FLUID Synth (123):Synth input port 128:0" << "FLUID Synth (123): Synth input port";
+        QTest::newRow("colon in port name") << "USB Uno:USB Uno MIDI 1:1 24:0" << "USB Uno MIDI 1:1";
+        QTest::newRow("no address") << "Something else" << "Something else";
+    }
+
+    void alsaPortNamesAreShortened()
+    {
+        QFETCH(QString, rtMidiName);
+        QFETCH(QString, shown);
+        QCOMPARE(QString::fromStdString(displayNameOfAlsaPort(rtMidiName.toStdString())), shown);
+    }
+
+    void realMidiServiceNeverFailsTheList()
+    {
+        // Whatever this machine has: without /dev/snd or an ALSA sequencer the
+        // list holds the built-in synthesizer alone, and nothing throws.
+        SystemMidiPlatform platform(offlineSynth(), std::make_unique<RtMidiPorts>());
+        const int count = platform.outputDeviceCount();
+        if (!QFileInfo::exists(QStringLiteral("/dev/snd/seq")))
+            QCOMPARE(count, 1);
+        QVERIFY(count >= 1);
+        for (int id = 1; id < count; ++id)
+            QVERIFY(!platform.deviceName(id).isEmpty());
+        MidiHandle handle = 0;
+        QCOMPARE(platform.open(&handle, count), toCode(MidiResult::BadDeviceId));
+        QCOMPARE(platform.outputDeviceCount(), count);
+    }
+};
 
 QTEST_GUILESS_MAIN(SystemMidiPlatformTest)
 #include "tst_systemmidiplatform.moc"
