@@ -1,6 +1,7 @@
 #include "formabout.h"
 
 #include "ArtworkLabel.h"
+#include "LinkLabel.h"
 
 #include <QGroupBox>
 #include <QLabel>
@@ -10,13 +11,18 @@ namespace tonaro {
 
 namespace {
 
-QLabel *arialLabel(const QString &text, double points, QWidget *parent)
+void styleAsArial(QLabel *label, double points)
 {
-    auto *label = new QLabel(text, parent);
     QFont font(QStringLiteral("Arial"));
     font.setPointSizeF(points);
     label->setFont(font);
     label->setAlignment(Qt::AlignCenter);
+}
+
+QLabel *arialLabel(const QString &text, double points, QWidget *parent)
+{
+    auto *label = new QLabel(text, parent);
+    styleAsArial(label, points);
     return label;
 }
 
@@ -40,11 +46,9 @@ formabout::formabout(QWidget *parent)
     layout->addWidget(arialLabel(tr("Sound by FluidSynth and a General MIDI SoundFont"), 8.25, frame));
 
     // The hyperlink label: the desktop's browser opens the address.
-    auto *link = arialLabel(QStringLiteral("<a href=\"%1\">%1</a>").arg(WebAddress), 8.25, frame);
+    auto *link = new LinkLabel(WebAddress, frame);
+    styleAsArial(link, 8.25);
     link->setObjectName(QStringLiteral("FreeLink1"));
-    link->setTextFormat(Qt::RichText);
-    link->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    link->setOpenExternalLinks(true);
     link->setAccessibleName(tr("Web address %1").arg(WebAddress));
     layout->addWidget(link);
     layout->addStretch();

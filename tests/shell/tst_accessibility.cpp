@@ -327,10 +327,13 @@ void AccessibilityTest::tabVisitsEveryControlInReadingOrderWithVisibleFocus()
     QWidget *start = QApplication::focusWidget();
     QVERIFY(start);
     QList<QWidget *> cycle{start};
+    // Every stop as it looked when Tab landed on it, to be judged below.
+    QList<std::pair<QWidget *, QImage>> landings{{start, start->grab().toImage()}};
     for (int presses = 0; presses <= 2 * controls.size() + 4; ++presses) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QWidget *to = QApplication::focusWidget();
         QVERIFY(to);
+        landings.emplace_back(to, to->grab().toImage());
         if (to == start)
             break;
         QVERIFY2(!cycle.contains(to), qPrintable(QStringLiteral("Tab loops back to ") + describe(to)
@@ -345,12 +348,10 @@ void AccessibilityTest::tabVisitsEveryControlInReadingOrderWithVisibleFocus()
         QCOMPARE(QApplication::focusWidget(), cycle[(cycle.size() - step) % cycle.size()]);
     }
 
-    // The focused control must look focused.
-    for (QWidget *stop : std::as_const(cycle)) {
-        stop->setFocus(Qt::TabFocusReason);
-        const QImage focused = stop->grab().toImage();
+    // Wherever Tab lands, the control must look focused.
+    for (const auto &[stop, look] : std::as_const(landings)) {
         stop->clearFocus();
-        QVERIFY2(stop->grab().toImage() != focused, qPrintable(describe(stop) + QStringLiteral(" shows no focus")));
+        QVERIFY2(stop->grab().toImage() != look, qPrintable(describe(stop) + QStringLiteral(" shows no focus")));
     }
 
     for (QWidget *control : controls)
