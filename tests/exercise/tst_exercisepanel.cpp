@@ -6,15 +6,14 @@
 #include <QPushButton>
 #include <QSlider>
 #include <chrono>
+#include <random>
 
 // The shared panel's behaviour, driven through the note-recognition window,
-// and the wait it times its sequences with. The scripted draws run out at
-// once, so every question is the note 48 (C): key 0 answers it right, key 1
-// wrong.
+// the wait it times its sequences with and the random draw it asks with. The
+// scripted draws run out at once, so every question is the note 48 (C): key
+// 0 answers it right, key 1 wrong.
 
 using namespace tonaro;
-using test::child;
-using test::click;
 
 namespace {
 
@@ -28,6 +27,21 @@ struct Panel : test::Loaded<formmelody> {
 };
 
 enum class Wait { NoteGap, RepeatGap, AutoNew };
+
+// Reseeds from a coarse clock alone, so it repeats its value for draws
+// within one tick: the chi-square test must catch it.
+class CoarseClockSource : public RandomSource
+{
+public:
+    double draw() override
+    {
+        const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now().time_since_epoch()).count();
+        std::minstd_rand generator(std::uint32_t(micros % 2147483646 + 1));
+        return double(generator() - 1) / double(std::minstd_rand::modulus - 1);
+    }
+};
+
 
 } // namespace
 
@@ -104,29 +118,6 @@ private slots:
         QVERIFY(!p.get("Reveal")->isEnabled());
         p.key(0);
         QCOMPARE(test::score(p.w), QStringList({"2", "1", "2", "50"}));
-    }
-
-    void autoNewAsksAtOnceWithNoDelay_data()
-    {
-        QTest::addColumn<bool>("autoNew");
-        QTest::addColumn<int>("notes");
-        QTest::addColumn<QString>("verdict");
-        QTest::newRow("ticked") << true << 2 << "";
-        QTest::newRow("unticked") << false << 1 << "Right!";
-    }
-
-    void autoNewAsksAtOnceWithNoDelay()
-    {
-        QFETCH(bool, autoNew);
-        Panel p(autoNew);
-        p.get<QSlider>("sliderautonew")->setValue(0);
-        QCOMPARE(p.text("sliderautonewlabel"), "0");
-        p.ask();
-        p.key(0); // the next question is left unanswered, which ends the chain
-        QTEST(int(p.notesPlayed().size()), "notes");
-        QTEST(p.text("rightwronglabel"), "verdict");
-        QCOMPARE(p.w->Answered, !autoNew);
-        QCOMPARE(p.text("rightanslabel"), "1");
     }
 
     void dontShowAnswersKeepsTheVerdictOnly()
@@ -228,6 +219,46 @@ private slots:
         QTRY_VERIFY(ranInside != -1);
         QCOMPARE(ranInside, int(processEvents && milliseconds > 0));
         setWaitScale(0);
+    }
+
+    // A note is an octave drawn from the ticked octaves, then a pitch class
+    // from the ticked notes, each its own reseeded draw right after the
+    // other. Every pair must be equally likely: each draw uniform over its
+    // choices and the two independent of each other. The threshold is for a
+    // significance of 1e-6: a sound generator fails about once in a million runs.
+    void notesAreUniformOverTheTickedChoices_data()
+    {
+        QTest::addColumn<bool>("coarse");
+        QTest::addColumn<int>("octaves");
+        QTest::addColumn<int>("pitchClasses");
+        QTest::addColumn<double>("threshold"); // for octaves x pitchClasses - 1 degrees of freedom
+        for (const bool coarse : {false, true}) {
+            QTest::addRow("%sall boxes", coarse ? "coarse clock, " : "") << coarse << 10 << 12 << 207.2;
+            QTest::addRow("%sGuitar, C major", coarse ? "coarse clock, " : "") << coarse << 4 << 7 << 77.19;
+        }
+    }
+
+    void notesAreUniformOverTheTickedChoices()
+    {
+        QFETCH(bool, coarse);
+        QFETCH(int, octaves);
+        QFETCH(int, pitchClasses);
+        QFETCH(double, threshold);
+        CoarseClockSource coarseSource;
+        ClockRandomSource clockSource;
+        RandomSource &random = coarse ? static_cast<RandomSource &>(coarseSource) : clockSource;
+        constexpr int PerCell = 1000;
+        std::vector<int> cells(std::size_t(octaves * pitchClasses), 0);
+        for (std::size_t i = 0; i < PerCell * cells.size(); ++i) {
+            const int octave = RandomSource::pickFrom(random.draw(), octaves) - 1;
+            const int pitchClass = RandomSource::pickFrom(random.draw(), pitchClasses) - 1;
+            QVERIFY(octave >= 0 && octave < octaves && pitchClass >= 0 && pitchClass < pitchClasses);
+            ++cells[std::size_t(octave * pitchClasses + pitchClass)];
+        }
+        double chiSquare = 0;
+        for (int observed : cells)
+            chiSquare += double(observed - PerCell) * (observed - PerCell) / PerCell;
+        QVERIFY2((chiSquare < threshold) == !coarse, qPrintable(QStringLiteral("chi-square %1").arg(chiSquare)));
     }
 };
 

@@ -46,14 +46,6 @@ struct Window : test::Loaded<CatalogueExercise> {
         return w->findChildren<QAbstractButton *>(QRegularExpression(QStringLiteral("^play[a-z]+_%1$").arg(index))).value(0);
     }
     QList<QCheckBox *> boxes() { return w->findChildren<QCheckBox *>(QRegularExpression("^[a-z]+_\\d+$")); }
-    Ints ticked()
-    {
-        Ints indexes;
-        for (QCheckBox *box : boxes())
-            if (box->isChecked())
-                indexes << box->objectName().section('_', 1).toInt();
-        return indexes;
-    }
     QSlider *gapSlider() { return w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).constFirst(); }
     void setRoot(int item) { get<QComboBox>("Combo1")->setCurrentIndex(item); }
     // Whether every note came at least GapMs after the one before (apart),
@@ -87,7 +79,6 @@ Ints from(int root, const Ints &semitones)
 
 const Ints Major{0, 2, 4, 5, 7, 9, 11, 12};
 const Ints Thirteenth{0, 4, 7, 10, 14, 21};
-const QStringList Windows{"formintervalli", "Formchords", "Formscales", "formarmonia"};
 
 } // namespace
 
@@ -153,32 +144,6 @@ private slots:
         }
     }
 
-    void presetsSetTheirBoxes_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<Ints>("before");
-        QTest::addColumn<QString>("preset");
-        QTest::addColumn<Ints>("after");
-        QTest::newRow("intervals: None") << "formintervalli" << range(0, 12) << "None" << Ints{};
-        QTest::newRow("intervals: Main") << "formintervalli" << Ints{} << "mainintervals" << Ints{0, 2, 4, 5, 7, 9, 11, 12};
-        QTest::newRow("chords: Triads") << "Formchords" << range(0, 19) << "Triads" << Ints{0, 1, 11, 12};
-        QTest::newRow("scales: All Scales keeps modes") << "Formscales" << Ints{14} << "Allscales" << range(0, 12) + Ints{14};
-        QTest::newRow("scales: All Modes keeps scales") << "Formscales" << Ints{2} << "Allmodes" << Ints{2} + range(13, 17);
-        QTest::newRow("scales: Main Scales") << "Formscales" << range(0, 17) << "Main" << range(0, 6);
-    }
-
-    void presetsSetTheirBoxes()
-    {
-        QFETCH(QString, window);
-        QFETCH(Ints, before);
-        QFETCH(QString, preset);
-        Window fx(window);
-        for (QCheckBox *box : fx.boxes())
-            box->setChecked(before.contains(box->objectName().section('_', 1).toInt()));
-        fx.press(preset);
-        QTEST(fx.ticked(), "after");
-    }
-
     // The notes are fixed when the question is drawn (the root brought into
     // 54-65 for chords and scales); the option selected when it plays only
     // decides whether they come apart or at once. Answer buttons are silent
@@ -202,8 +167,6 @@ private slots:
             << Ints{60, 53} << true << "ascending" << true << "Perfect 5th";
         QTest::newRow("5th together on Fixed C") << I << QStringList{"All", "together"} << 1 << Draws{rFor(7, 13)}
             << Ints{60, 67} << false << "discending" << true << "Perfect 5th";
-        QTest::newRow("octave up from Fixed B") << I << QStringList{"All"} << 12 << Draws{rFor(12, 13)}
-            << Ints{71, 83} << true << "" << true << "Octave";
         QTest::newRow("4th on a random F") << I << QStringList{"All"} << 0 << Draws{rFor(5, 13), rFor(5, 12)}
             << Ints{65, 70} << true << "" << true << "Perfect 4th";
         QTest::newRow("maj on Fixed F#") << C << QStringList{"All"} << 7 << Draws{rFor(0, 20)}
@@ -212,15 +175,11 @@ private slots:
             << from(65, Thirteenth) << false << "" << false << "F 13";
         QTest::newRow("13 on Fixed A#") << C << QStringList{"All"} << 11 << Draws{rFor(19, 20)}
             << from(58, Thirteenth) << false << "" << false << "A# 13";
-        QTest::newRow("min on a random B") << C << QStringList{"All"} << 0 << Draws{rFor(1, 20), rFor(11, 12)}
-            << Ints{59, 62, 66} << false << "" << false << "B min";
         QTest::newRow("7 arpeggio on Fixed C") << C << QStringList{"All", "Arpeggiooption"} << 1 << Draws{rFor(2, 20)}
             << Ints{60, 64, 67, 70} << true << "Chordoption" << false << "C 7";
         const QStringList allScales{"Allscales", "Allmodes"};
         QTest::newRow("Major on Fixed C") << S << allScales << 1 << Draws{rFor(0, 18)}
             << from(60, Major) << true << "" << true << "C major";
-        QTest::newRow("Doric on Fixed F#") << S << allScales << 7 << Draws{rFor(13, 18)}
-            << Ints{54, 56, 57, 59, 61, 63, 64, 66} << true << "" << true << "F# doric";
         QTest::newRow("Cromatic on Fixed F") << S << allScales << 6 << Draws{rFor(8, 18)}
             << from(65, range(0, 12)) << true << "" << true << "F cromatic";
         QTest::newRow("Armonic Minor on Fixed B") << S << allScales << 12 << Draws{rFor(2, 18)}
@@ -271,62 +230,6 @@ private slots:
         QCOMPARE(fx.text("rightwronglabel"), "Right!");
         QTEST(fx.text("showlabel"), "reveal");
         QVERIFY2(fx.played().isEmpty(), "an answer button sounded in test mode");
-    }
-
-    // A practice click plays from the list's root until a question is
-    // drawn, then from the question's root, and changes nothing of the
-    // question. With "Random" a root is drawn at every click all the same.
-    void practiceKeepsTheQuestion_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<int>("item");
-        QTest::addColumn<int>("button");
-        QTest::addColumn<Draws>("draws");       // for the click, the question, the click
-        QTest::addColumn<Ints>("before");
-        QTest::addColumn<int>("questionItem");
-        QTest::addColumn<int>("laterItem");
-        QTest::addColumn<Ints>("after");
-        QTest::addColumn<Ints>("repeated");
-        QTest::addColumn<QString>("reveal");
-
-        // The question is drawn from the eight main intervals, and the seven main chords.
-        QTest::newRow("interval, Random") << "formintervalli" << 0 << 4 << Draws{rFor(4, 12), rFor(4, 8), rFor(3, 12)}
-            << Ints{64, 68} << 5 << 0 << Ints{64, 68} << Ints{64, 71} << "Perfect 5th";
-        // Before the first question the list's root is not brought down.
-        QTest::newRow("chord, Fixed B") << "Formchords" << 12 << 19 << Draws{rFor(0, 7)} << from(71, Thirteenth)
-            << 1 << 12 << from(60, Thirteenth) << Ints{60, 64, 67} << "C maj";
-        QTest::newRow("scale, Fixed B") << "Formscales" << 12 << 0 << Draws{rFor(0, 7)} << from(71, Major)
-            << 12 << 1 << from(59, Major) << from(59, Major) << "B major";
-    }
-
-    void practiceKeepsTheQuestion()
-    {
-        QFETCH(QString, window);
-        QFETCH(int, button);
-        QFETCH(Draws, draws);
-        Window fx(window);
-        fx.press("Notest");
-        QFETCH(int, item);
-        fx.setRoot(item);
-        fx.random.script({draws.begin(), draws.end()});
-        fx.press(fx.playButton(button)->objectName());
-        QTEST(fx.played(), "before");
-
-        QFETCH(int, questionItem);
-        fx.setRoot(questionItem);
-        fx.press("New");
-        QFETCH(int, laterItem);
-        fx.setRoot(laterItem);
-        fx.clearRecords();
-        fx.press(fx.playButton(button)->objectName());
-        QTEST(fx.played(), "after");
-        QCOMPARE(fx.random.drawsMade(), int(draws.size()));
-
-        fx.clearRecords();
-        fx.press("Repeat");
-        QTEST(fx.played(), "repeated");
-        fx.press("Reveal");
-        QTEST(fx.text("showlabel"), "reveal");
     }
 
     // Reveal names the chord in the key selected now, and a practice click
@@ -422,42 +325,6 @@ private slots:
         QTEST(fx.text("showlabel"), "reveal");
     }
 
-    void answerIsJudgedOnceAndAutoNewFollows_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<bool>("labelsKept");
-        QTest::newRow("intervals") << "formintervalli" << true;
-        QTest::newRow("chords") << "Formchords" << true;
-        QTest::newRow("scales") << "Formscales" << false;
-        QTest::newRow("harmony") << "formarmonia" << false;
-    }
-
-    // The automatic New after a right answer keeps the verdict and the
-    // answer in view only in the interval and chord windows.
-    void answerIsJudgedOnceAndAutoNewFollows()
-    {
-        QFETCH(QString, window);
-        QFETCH(bool, labelsKept);
-        Window fx(window, true);
-        fx.press("New");
-        const int first = fx.ticked().constFirst();
-        fx.clearRecords();
-        test::click(fx.playButton(first));
-        QCOMPARE(test::score(fx.w), (QStringList{"2", "1", "1", "100"}));
-        QVERIFY2(!fx.played().isEmpty(), "Auto NEW asked no question");
-        QCOMPARE(fx.text("rightwronglabel"), labelsKept ? "Right!" : "");
-        QCOMPARE(fx.text("showlabel").isEmpty(), !labelsKept);
-
-        // The new question is pending: one wrong answer, then nothing more.
-        fx.get<QCheckBox>("autonewcheck")->setChecked(false);
-        fx.clearRecords();
-        for (int click = 0; click < 2; ++click)
-            test::click(fx.playButton(first + 1));
-        QCOMPARE(test::score(fx.w), (QStringList{"2", "1", "2", "50"}));
-        QCOMPARE(fx.text("rightwronglabel"), "Wrong!");
-        QVERIFY(fx.played().isEmpty());
-    }
-
     void waitsLetEventsThroughOnlyInTheIntervalGap_data()
     {
         QTest::addColumn<QString>("window");
@@ -503,34 +370,6 @@ private slots:
                 QTEST(notesWhenRun, "notesBeforeEvents");
             }
         }
-    }
-
-    // Another exercise chosen on the bar deletes the window inside a wait.
-    void deletionDuringAnEventWaitEndsTheSequence_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<bool>("answer"); // the Auto NEW wait, else the gap of New
-        QTest::addColumn<int>("notes");
-        QTest::newRow("interval gap") << "formintervalli" << false << 1;
-        for (const QString &window : Windows)
-            QTest::addRow("%s: Auto NEW wait", qPrintable(window)) << window << true << 0;
-    }
-
-    void deletionDuringAnEventWaitEndsTheSequence()
-    {
-        QFETCH(QString, window);
-        QFETCH(bool, answer);
-        Window fx(window, true);
-        if (answer)
-            fx.w->New_Click();
-        fx.get<QSlider>("sliderautonew")->setValue(300);
-        fx.gapSlider()->setValue(300);
-        fx.clearRecords();
-        setWaitScale(1);
-        QTimer::singleShot(30, [&fx] { delete fx.w; });
-        answer ? fx.w->play_Click(fx.ticked().constFirst()) : fx.w->New_Click();
-        QVERIFY(fx.w.isNull());
-        QTEST(int(fx.played().size()), "notes");
     }
 
     // The scale's notes are timed by waits that let no click through: a

@@ -54,24 +54,6 @@ class tst_formmelody : public QObject
     Q_OBJECT
 
 private slots:
-    void opensWithTheStartPresetsAndAPiano()
-    {
-        Melody m;
-        QCOMPARE(m.ticked("Nota", 12), Ints({0, 2, 4, 5, 7, 9, 11}));
-        QCOMPARE(m.ticked("octave", 10), Ints({3, 4, 5, 6}));
-        // A preset leaves exactly its boxes ticked, whatever was ticked before.
-        for (const char *preset : {"Command13", "Command14", "Command16", "Command19"})
-            m.press(preset);
-        QCOMPARE(m.ticked("Nota", 12), Ints({0, 2, 4, 5, 7, 9, 11}));
-        QCOMPARE(m.ticked("octave", 10), Ints({2, 3, 4, 5, 6, 7}));
-        QVERIFY(!m.get("slidermultinotes")->isEnabled());
-        m.get<QComboBox>("nnotescombo")->setCurrentIndex(1);
-        QVERIFY(m.get("slidermultinotes")->isEnabled());
-        // Black keys are shorter and take the clicks where they lie over white ones.
-        QVERIFY(m.key(1)->height() < m.key(0)->height());
-        QCOMPARE(m.key(1)->parentWidget()->childAt(m.key(1)->geometry().center()), m.key(1));
-    }
-
     void drawsFromTheTickedBoxesOnly_data()
     {
         QTest::addColumn<Ints>("octaveBoxes");
