@@ -25,25 +25,16 @@ constexpr int Rate = PrivatePulseServer::SampleRate;
 constexpr int Ok = toCode(MidiResult::Ok);
 
 // A socket that takes connections and never answers: a hung sound server.
-class SilentSocket
+int listenSilently(const QString &path)
 {
-public:
-    explicit SilentSocket(const QString &path)
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        qstrncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path);
-        m_fd = socket(AF_UNIX, SOCK_STREAM, 0);
-        if (m_fd < 0 || bind(m_fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 || listen(m_fd, 4) != 0)
-            qFatal("cannot listen on %s", qPrintable(path));
-    }
-    ~SilentSocket() { ::close(m_fd); }
-    SilentSocket(const SilentSocket &) = delete;
-    SilentSocket &operator=(const SilentSocket &) = delete;
-
-private:
-    int m_fd = -1;
-};
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    qstrncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof address.sun_path);
+    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 || listen(fd, 4) != 0)
+        qFatal("cannot listen on %s", qPrintable(path));
+    return fd;
+}
 
 } // namespace
 
@@ -147,9 +138,8 @@ void PulseEndToEndTest::unreachableServerGivesNoAudioOutputQuickly()
 
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("native"));
-    std::unique_ptr<SilentSocket> socket;
-    if (listening)
-        socket = std::make_unique<SilentSocket>(path);
+    const int socket = listening ? listenSilently(path) : -1;
+    const auto closeSocket = qScopeGuard([socket] { if (socket >= 0) ::close(socket); });
     qputenv("PULSE_SERVER", "unix:" + path.toLocal8Bit());
 
     const std::unique_ptr<MidiPlatform> platform = createSystemMidiPlatform();

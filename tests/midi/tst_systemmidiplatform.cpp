@@ -85,49 +85,16 @@ private slots:
         m_platform = std::make_unique<SystemMidiPlatform>(offlineSynth(), std::make_unique<FakePorts>(m_service));
     }
 
-    void listsTheSynthesizerFirstThenThePortsAnewAtEveryCount()
-    {
-        QCOMPARE(m_platform->outputDeviceCount(), 3);
-        QCOMPARE(m_platform->deviceName(0), QStringLiteral("Built-in synthesizer"));
-        QCOMPARE(m_platform->deviceName(2), QStringLiteral("Sampler:in 128:0"));
-        QCOMPARE(m_platform->deviceName(3), QString());
-        QCOMPARE(m_platform->deviceName(-1), QString());
-        m_service.ports.push_back("New:port 30:0");
-        QCOMPARE(m_platform->outputDeviceCount(), 4);
-        QCOMPARE(m_platform->deviceName(3), QStringLiteral("New:port 30:0"));
-        m_service.ports.clear();
-        QCOMPARE(m_platform->outputDeviceCount(), 1);
-    }
-
+    // A device opens once at a time; with no first device the second opens alone.
     void opensOrRefuses_data()
-    {
-        QTest::addColumn<int>("deviceId");
-        QTest::addColumn<MidiResult>("result");
-
-        QTest::newRow("mapper") << -1 << MidiResult::Ok;
-        QTest::newRow("built-in synthesizer") << 0 << MidiResult::Ok;
-        QTest::newRow("first port") << 1 << MidiResult::Ok;
-        QTest::newRow("past the last port") << 3 << MidiResult::BadDeviceId;
-        QTest::newRow("below the mapper") << -2 << MidiResult::BadDeviceId;
-    }
-
-    void opensOrRefuses()
-    {
-        QFETCH(int, deviceId);
-        QFETCH(MidiResult, result);
-
-        m_platform->outputDeviceCount();
-        MidiHandle handle = 0;
-        QCOMPARE(m_platform->open(&handle, deviceId), toCode(result));
-        QCOMPARE(handle != 0, result == MidiResult::Ok);
-    }
-
-    void refusesADeviceThatIsAlreadyOpen_data()
     {
         QTest::addColumn<int>("first");
         QTest::addColumn<int>("second");
         QTest::addColumn<MidiResult>("result");
-
+        constexpr int None = INT_MIN;
+        QTest::newRow("mapper") << None << -1 << MidiResult::Ok;
+        QTest::newRow("past the last port") << None << 3 << MidiResult::BadDeviceId;
+        QTest::newRow("below the mapper") << None << -2 << MidiResult::BadDeviceId;
         QTest::newRow("synthesizer twice") << 0 << 0 << MidiResult::DeviceInUse;
         QTest::newRow("mapper, then synthesizer") << -1 << 0 << MidiResult::DeviceInUse;
         QTest::newRow("port twice") << 1 << 1 << MidiResult::DeviceInUse;
@@ -135,71 +102,43 @@ private slots:
         QTest::newRow("port and synthesizer") << 2 << 0 << MidiResult::Ok;
     }
 
-    void refusesADeviceThatIsAlreadyOpen()
+    void opensOrRefuses()
     {
         QFETCH(int, first);
         QFETCH(int, second);
         QFETCH(MidiResult, result);
-
         MidiHandle a = 0, b = 0;
-        QCOMPARE(m_platform->open(&a, first), Ok);
+        if (first != INT_MIN)
+            QCOMPARE(m_platform->open(&a, first), Ok);
         QCOMPARE(m_platform->open(&b, second), toCode(result));
+        QCOMPARE(b != 0, result == MidiResult::Ok);
         // Once closed, the device opens again.
-        QCOMPARE(m_platform->close(a), Ok);
-        if (result != MidiResult::Ok)
+        if (result == MidiResult::DeviceInUse) {
+            QCOMPARE(m_platform->close(a), Ok);
             QCOMPARE(m_platform->open(&b, second), Ok);
+        }
     }
 
-    void handlesAreOursAndDieWithTheClose()
-    {
-        const std::uint32_t note = midi::packShortMessage(midi::NoteOnStatus, 60, 100);
-        MidiHandle synth = 0, port = 0;
-        QCOMPARE(m_platform->open(&synth, 0), Ok);
-        QCOMPARE(m_platform->open(&port, 1), Ok);
-        QVERIFY(synth != 0 && port != 0 && synth != port);
-
-        QCOMPARE(m_platform->sendShortMessage(0, note), toCode(MidiResult::InvalidHandle));
-        QCOMPARE(m_platform->close(synth + port + 1), toCode(MidiResult::InvalidHandle));
-        QCOMPARE(m_platform->close(synth), Ok);
-        QCOMPARE(m_platform->close(synth), toCode(MidiResult::InvalidHandle));
-        QCOMPARE(m_platform->sendShortMessage(synth, note), toCode(MidiResult::InvalidHandle));
-        QCOMPARE(m_platform->sendShortMessage(port, note), Ok);
-
-        // A handle is never given out twice, so a stale one cannot reach a newer
-        // device.
-        MidiHandle again = 0;
-        QCOMPARE(m_platform->open(&again, 0), Ok);
-        QVERIFY(again != synth);
-    }
-
+    // Each message goes to a port with its own length; a bad one goes nowhere.
     void sendsEachMessageWithItsLength_data()
     {
         QTest::addColumn<std::uint32_t>("message");
         QTest::addColumn<Bytes>("bytes");
-        QTest::addColumn<MidiResult>("result");
-
-        QTest::newRow("note on") << midi::packShortMessage(0x93, 60, 100) << Bytes{0x93, 60, 100} << MidiResult::Ok;
-        QTest::newRow("program change") << midi::packShortMessage(0xC0, 24, 0) << Bytes{0xC0, 24} << MidiResult::Ok;
-        QTest::newRow("channel pressure") << midi::packShortMessage(0xD5, 9, 0) << Bytes{0xD5, 9} << MidiResult::Ok;
-        QTest::newRow("song select") << midi::packShortMessage(0xF3, 2, 0) << Bytes{0xF3, 2} << MidiResult::Ok;
-        QTest::newRow("timing clock") << std::uint32_t(0xF8) << Bytes{0xF8} << MidiResult::Ok;
-        QTest::newRow("no status") << std::uint32_t(0x3C) << Bytes{} << MidiResult::DataOutOfRange;
-        QTest::newRow("data above 127") << midi::packShortMessage(0x90, 60, 200) << Bytes{} << MidiResult::DataOutOfRange;
+        QTest::newRow("note on") << midi::packShortMessage(0x93, 60, 100) << Bytes{0x93, 60, 100};
+        QTest::newRow("program change") << midi::packShortMessage(0xC0, 24, 0) << Bytes{0xC0, 24};
+        QTest::newRow("timing clock") << std::uint32_t(0xF8) << Bytes{0xF8};
+        QTest::newRow("no status") << std::uint32_t(0x3C) << Bytes{};
+        QTest::newRow("data above 127") << midi::packShortMessage(0x90, 60, 200) << Bytes{};
     }
 
     void sendsEachMessageWithItsLength()
     {
         QFETCH(std::uint32_t, message);
         QFETCH(Bytes, bytes);
-        QFETCH(MidiResult, result);
-
         MidiHandle handle = 0;
         QCOMPARE(m_platform->open(&handle, 1), Ok);
-        QCOMPARE(m_platform->sendShortMessage(handle, message), toCode(result));
-        const auto &sent = m_service.sent[m_service.ports[0]];
-        QCOMPARE(sent.size(), bytes.empty() ? 0u : 1u);
-        if (!bytes.empty())
-            QCOMPARE(sent.front(), bytes);
+        QCOMPARE(m_platform->sendShortMessage(handle, message), toCode(bytes.empty() ? MidiResult::DataOutOfRange : MidiResult::Ok));
+        QCOMPARE(m_service.sent[m_service.ports[0]], bytes.empty() ? std::vector<Bytes>{} : std::vector<Bytes>{bytes});
     }
 
     void silencesAPortBeforeClosingIt()
@@ -228,18 +167,6 @@ private slots:
         // The list read afresh no longer has it; the other port has moved up.
         QCOMPARE(m_platform->outputDeviceCount(), 2);
         QCOMPARE(m_platform->open(&handle, 1), Ok);
-    }
-
-    void playsOnTheBuiltInSynthesizer()
-    {
-        MidiHandle handle = 0;
-        QCOMPARE(m_platform->open(&handle, -1), Ok);
-        QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 100)), Ok);
-        std::vector<float> stereo(2 * 4410);
-        m_platform->builtInSynth().render(stereo.data(), 4410);
-        QVERIFY(*std::max_element(stereo.begin(), stereo.end()) > 0.01f);
-        QCOMPARE(m_platform->sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 69, 0)), Ok);
-        QVERIFY(m_service.sent.empty());
     }
 
     void alsaPortNamesAreShortened_data()

@@ -1,6 +1,7 @@
 // Every platform call failing with every result code, at every point where
 // the program talks to the device: each fault shows its box, and leaves the
-// score, the ticked choices and the next click as a fault-free run leaves them.
+// score, the ticked choices and the next click as a fault-free run leaves them;
+// and what the port itself keeps after a failed call.
 #include "TestServices.h"
 
 #include "exercise/ExercisePanel.h"
@@ -141,6 +142,60 @@ private slots:
         QCOMPARE(faulty.ticked, clean.ticked);
         QCOMPARE(faulty.nextNotes, clean.nextNotes);
         QVERIFY(!faulty.nextNotes.empty());
+    }
+
+    // The port's own state after a fault.
+    void failingCloseKeepsThePortOpen()
+    {
+        test::TestServices fx;
+        fx.platform.failNext(Call::Close, toCode(MidiResult::Error));
+        fx.midi.ToggleMidiOut();
+        QVERIFY(fx.midi.MidiPortOpen);
+        QCOMPARE(fx.boxes.boxes().size(), std::size_t(1));
+        // The next toggle tries to close again, and now succeeds.
+        fx.midi.ToggleMidiOut();
+        QVERIFY(!fx.midi.MidiPortOpen);
+        QVERIFY(!fx.platform.isOpen());
+    }
+
+    void closedPortRefusesEveryMessage()
+    {
+        test::TestServices fx;
+        fx.midi.ToggleMidiOut();
+        fx.clearRecords();
+        fx.midi.SelectInstrument(1, 24, 0, 0);
+        fx.midi.NoteOn(1, 60, 100);
+        QCOMPARE(fx.boxes.texts(), QStringList(4, Midi_interface::RefusalText));
+        QVERIFY(fx.platform.records().empty());
+
+        // A restart on a closed port opens and closes it again: three more refusals.
+        fx.clearRecords();
+        fx.midi.restart();
+        QVERIFY(!fx.midi.MidiPortOpen);
+        QCOMPARE(fx.boxes.texts(), QStringList(3, Midi_interface::RefusalText));
+    }
+
+    void everyErrorTextFitsTheBox()
+    {
+        // The error box reads the text into a 128-character buffer: a longer
+        // text would lose its end, usually the part that says what to do.
+        RecordingMidiPlatform platform;
+        for (int code = 0; code < 128; ++code) {
+            const QString text = platform.errorText(code);
+            QVERIFY2(!text.isEmpty() && text.size() <= 127, qPrintable(text));
+        }
+    }
+
+    void dataAboveAByteIsNeverSent()
+    {
+        test::TestServices fx;
+        fx.midi.NoteOn(1, 128, 100);
+        fx.midi.NoteOn(1, 60, 200);
+        fx.midi.NoteOn(1, -1, 100);
+        QVERIFY(fx.platform.sent().empty());
+        QCOMPARE(fx.boxes.boxes().size(), std::size_t(3));
+        fx.midi.NoteOn(1, 127, 127);
+        QCOMPARE(fx.platform.sent().size(), std::size_t(1));
     }
 };
 
