@@ -77,10 +77,10 @@ bool isControl(const QWidget *widget)
 // arrow keys move between them: a group counts as reached as a whole.
 bool reached(QWidget *control, const QList<QWidget *> &cycle)
 {
+    if (cycle.contains(control))
+        return true;
     const auto *option = qobject_cast<QRadioButton *>(control);
-    if (cycle.contains(control) || !option || !option->autoExclusive())
-        return cycle.contains(control);
-    return std::any_of(cycle.begin(), cycle.end(), [option](QWidget *stop) {
+    return option && option->autoExclusive() && std::any_of(cycle.begin(), cycle.end(), [option](QWidget *stop) {
         return qobject_cast<QRadioButton *>(stop) && stop->parentWidget() == option->parentWidget();
     });
 }
@@ -122,8 +122,6 @@ struct Scene {
     explicit Scene(Root which)
     {
         if (which == Root::Settings || which == Root::About) {
-            fx.midi.MidiChannel = 1;
-            fx.midi.MidiVolume = 100;
             if (which == Root::Settings)
                 dialog = std::make_unique<optionsform>(fx.midi);
             else
