@@ -10,8 +10,10 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSlider>
 #include <QStyle>
+#include <QVBoxLayout>
 
 namespace tonaro {
 
@@ -152,6 +154,40 @@ QComboBox *CatalogueExercise::makeRootList(bool withRandom)
     m_rootList->setEditable(false);
     m_rootList->addItems(roots::listItems(withRandom));
     return m_rootList;
+}
+
+QHBoxLayout *CatalogueExercise::makeRootRow(const char *labelName)
+{
+    auto *label = new QLabel(tr("Root"), exerciseArea());
+    label->setObjectName(QString::fromLatin1(labelName));
+    QComboBox *roots = makeRootList(true);
+    label->setBuddy(roots);
+    auto *row = new QHBoxLayout;
+    row->addWidget(label);
+    row->addWidget(roots, 1);
+    return row;
+}
+
+QRadioButton *CatalogueExercise::makeOption(const QString &caption, const char *name, QWidget *frame)
+{
+    auto *button = new QRadioButton(caption, frame);
+    button->setObjectName(QString::fromLatin1(name));
+    return button;
+}
+
+void CatalogueExercise::stackColumn(int spacing, std::initializer_list<QObject *> parts)
+{
+    auto *column = new QVBoxLayout(exerciseArea());
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(spacing);
+    column->addWidget(m_frame);
+    for (QObject *part : parts) {
+        if (auto *layout = qobject_cast<QLayout *>(part))
+            column->addLayout(layout);
+        else
+            column->addWidget(static_cast<QWidget *>(part));
+    }
+    column->addStretch();
 }
 
 int CatalogueExercise::listRoot()

@@ -4,10 +4,13 @@
 #include "ExercisePanel.h"
 #include "NoteRow.h"
 
+#include <initializer_list>
 #include <span>
 #include <vector>
 
 class QComboBox;
+class QHBoxLayout;
+class QRadioButton;
 
 namespace tonaro {
 
@@ -65,9 +68,17 @@ protected:
     // else the list's. With "Random" a root is drawn either way.
     int practiceRoot(int questionRoot);
 
+    // The label (named labelName) and the root list, side by side.
+    QHBoxLayout *makeRootRow(const char *labelName);
+
     // Frame3, holding the second slider and its value label.
     QGroupBox *makeSliderFrame(const QString &caption, bool labelBelow);
     QGroupBox *sliderFrame() const { return m_sliderFrame; }
+
+    static QRadioButton *makeOption(const QString &caption, const char *name, QWidget *frame);
+    // Lays out the window's column: the catalogue frame on top, then the
+    // given widgets and layouts in order, then the stretch that keeps them up.
+    void stackColumn(int spacing, std::initializer_list<QObject *> parts);
 
     void playNote(int note);
     // The notes in order; withGaps waits the second slider's time after every

@@ -6,7 +6,6 @@
 
 #include <QComboBox>
 #include <QGroupBox>
-#include <QLabel>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
@@ -32,10 +31,8 @@ Formchords::Formchords(const Services &services, QWidget *parent)
 
     auto *sequence = new QGroupBox(tr("Sequence"), exerciseArea());
     sequence->setObjectName(QStringLiteral("Frame2"));
-    m_chordOption = new QRadioButton(tr("Chord"), sequence);
-    m_arpeggioOption = new QRadioButton(tr("Arpeggio"), sequence);
-    m_chordOption->setObjectName(QStringLiteral("Chordoption"));
-    m_arpeggioOption->setObjectName(QStringLiteral("Arpeggiooption"));
+    m_chordOption = makeOption(tr("Chord"), "Chordoption", sequence);
+    m_arpeggioOption = makeOption(tr("Arpeggio"), "Arpeggiooption", sequence);
     m_chordOption->setChecked(true);
     auto *options = new QHBoxLayout(sequence);
     options->setContentsMargins(6, 0, 6, 2);
@@ -47,22 +44,7 @@ Formchords::Formchords(const Services &services, QWidget *parent)
     gap->setEnabled(false);
     connect(m_arpeggioOption, &QRadioButton::toggled, gap, &QWidget::setEnabled);
 
-    auto *rootLabel = new QLabel(tr("Root"), exerciseArea());
-    rootLabel->setObjectName(QStringLiteral("Label9"));
-    QComboBox *roots = makeRootList(true);
-    rootLabel->setBuddy(roots);
-    auto *rootRow = new QHBoxLayout;
-    rootRow->addWidget(rootLabel);
-    rootRow->addWidget(roots, 1);
-
-    auto *column = new QVBoxLayout(exerciseArea());
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    column->addWidget(catalogueFrame());
-    column->addWidget(sequence);
-    column->addWidget(gap);
-    column->addLayout(rootRow);
-    column->addStretch();
+    stackColumn(4, {sequence, gap, makeRootRow("Label9")});
 }
 
 void Formchords::init()

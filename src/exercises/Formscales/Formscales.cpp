@@ -6,8 +6,6 @@
 
 #include <QComboBox>
 #include <QGroupBox>
-#include <QLabel>
-#include <QVBoxLayout>
 
 namespace tonaro {
 
@@ -35,21 +33,7 @@ Formscales::Formscales(const Services &services, QWidget *parent)
 
     QGroupBox *gap = makeSliderFrame(tr("Intervals [ms]"), false);
 
-    auto *rootLabel = new QLabel(tr("Root"), exerciseArea());
-    rootLabel->setObjectName(QStringLiteral("Label2"));
-    QComboBox *roots = makeRootList(true);
-    rootLabel->setBuddy(roots);
-    auto *rootRow = new QHBoxLayout;
-    rootRow->addWidget(rootLabel);
-    rootRow->addWidget(roots, 1);
-
-    auto *column = new QVBoxLayout(exerciseArea());
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    column->addWidget(catalogueFrame());
-    column->addWidget(gap);
-    column->addLayout(rootRow);
-    column->addStretch();
+    stackColumn(2, {gap, makeRootRow("Label2")});
 }
 
 void Formscales::init()

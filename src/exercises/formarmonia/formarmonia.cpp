@@ -23,13 +23,6 @@ const PanelTraits Traits{
 
 constexpr CatalogueView View{"Chord", "chord", "playchord", 7, 0};
 
-QRadioButton *option(const QString &caption, const char *name, QWidget *frame)
-{
-    auto *button = new QRadioButton(caption, frame);
-    button->setObjectName(QString::fromLatin1(name));
-    return button;
-}
-
 } // namespace
 
 formarmonia::formarmonia(const Services &services, QWidget *parent)
@@ -46,8 +39,8 @@ formarmonia::formarmonia(const Services &services, QWidget *parent)
     keyLabel->setObjectName(QStringLiteral("Label1"));
     QComboBox *keys = makeRootList(false);
     keyLabel->setBuddy(keys);
-    m_major = option(tr("Major"), "optmajor", key);
-    m_minor = option(tr("Minor"), "optminor", key);
+    m_major = makeOption(tr("Major"), "optmajor", key);
+    m_minor = makeOption(tr("Minor"), "optminor", key);
     m_major->setChecked(true);
     auto *keyGrid = new QGridLayout(key);
     keyGrid->setContentsMargins(6, 2, 6, 2);
@@ -60,8 +53,8 @@ formarmonia::formarmonia(const Services &services, QWidget *parent)
 
     auto *sequence = new QGroupBox(tr("Sequence"), exerciseArea());
     sequence->setObjectName(QStringLiteral("Frame2"));
-    m_chordOption = option(tr("Chord"), "Chordoption", sequence);
-    m_arpeggioOption = option(tr("Arpeggio"), "Arpeggiooption", sequence);
+    m_chordOption = makeOption(tr("Chord"), "Chordoption", sequence);
+    m_arpeggioOption = makeOption(tr("Arpeggio"), "Arpeggiooption", sequence);
     m_twoRoots = new QCheckBox(tr("2 roots"), sequence);
     m_twoRoots->setObjectName(QStringLiteral("tworoots"));
     m_chordOption->setChecked(true);
@@ -83,14 +76,7 @@ formarmonia::formarmonia(const Services &services, QWidget *parent)
         m_twoRoots->setEnabled(!arpeggio);
     });
 
-    auto *column = new QVBoxLayout(exerciseArea());
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    column->addWidget(catalogueFrame());
-    column->addWidget(key);
-    column->addWidget(sequence);
-    column->addWidget(gap);
-    column->addStretch();
+    stackColumn(4, {key, sequence, gap});
 }
 
 void formarmonia::init()

@@ -4,7 +4,6 @@
 
 #include <QComboBox>
 #include <QGroupBox>
-#include <QLabel>
 #include <QRadioButton>
 #include <QSlider>
 #include <QVBoxLayout>
@@ -31,12 +30,9 @@ formintervalli::formintervalli(const Services &services, QWidget *parent)
 
     auto *direction = new QGroupBox(tr("Direction"), exerciseArea());
     direction->setObjectName(QStringLiteral("Frame2"));
-    m_ascending = new QRadioButton(tr("Ascending"), direction);
-    m_discending = new QRadioButton(tr("Discending"), direction);
-    m_together = new QRadioButton(tr("Together"), direction);
-    m_ascending->setObjectName(QStringLiteral("ascending"));
-    m_discending->setObjectName(QStringLiteral("discending"));
-    m_together->setObjectName(QStringLiteral("together"));
+    m_ascending = makeOption(tr("Ascending"), "ascending", direction);
+    m_discending = makeOption(tr("Discending"), "discending", direction);
+    m_together = makeOption(tr("Together"), "together", direction);
     m_ascending->setChecked(true);
     auto *options = new QVBoxLayout(direction);
     options->setContentsMargins(6, 0, 6, 2);
@@ -48,22 +44,7 @@ formintervalli::formintervalli(const Services &services, QWidget *parent)
     // Both notes at once have no gap to set; the slider keeps its value.
     connect(m_together, &QRadioButton::toggled, gap, [gap](bool checked) { gap->setEnabled(!checked); });
 
-    auto *rootLabel = new QLabel(tr("Root"), exerciseArea());
-    rootLabel->setObjectName(QStringLiteral("Label9"));
-    QComboBox *roots = makeRootList(true);
-    rootLabel->setBuddy(roots);
-    auto *rootRow = new QHBoxLayout;
-    rootRow->addWidget(rootLabel);
-    rootRow->addWidget(roots, 1);
-
-    auto *column = new QVBoxLayout(exerciseArea());
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    column->addWidget(catalogueFrame());
-    column->addWidget(direction);
-    column->addWidget(gap);
-    column->addLayout(rootRow);
-    column->addStretch();
+    stackColumn(2, {direction, gap, makeRootRow("Label9")});
 }
 
 void formintervalli::init()
