@@ -1,12 +1,12 @@
 #include "ExercisePanel.h"
 
 #include "FocusChain.h"
+#include "PanelStyle.h"
 #include "WaitMs.h"
 #include "midi/Midi_interface.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QGridLayout>
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -14,57 +14,11 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
-#include <QVBoxLayout>
 #include <cmath>
 
 namespace tonaro {
 
-namespace {
-
-constexpr SliderSpec AutoNewSlider{"sliderautonew", "sliderautonewlabel", 0, 3000, 100, 100, 250, 1250};
-
-const QColor RightColour(0, 255, 0);
-const QColor WrongColour(255, 0, 0);
-const QColor AnswerBackground(255, 255, 192);
-constexpr double VerdictPointSize = 12;
-constexpr double PercentagePointSize = 19.5;
-
-template<typename T>
-T *named(T *widget, const char *name)
-{
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
-
-QLabel *captionLabel(const QString &text, const char *name, QWidget *parent)
-{
-    return named(new QLabel(text, parent), name);
-}
-
-void setPointSize(QWidget *widget, double points)
-{
-    QFont font = widget->font();
-    font.setPointSizeF(points);
-    widget->setFont(font);
-}
-
-} // namespace
-
-std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSpec &spec, QWidget *parent)
-{
-    auto *slider = named(new QSlider(Qt::Horizontal, parent), spec.name);
-    slider->setRange(spec.minimum, spec.maximum);
-    slider->setSingleStep(spec.singleStep);
-    slider->setPageStep(spec.pageStep);
-    slider->setTickInterval(spec.tickInterval);
-    slider->setTickPosition(QSlider::TicksBelow);
-    slider->setValue(spec.startValue);
-    auto *label = named(new QLabel(QString::number(spec.startValue), parent), spec.labelName);
-    label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QStringLiteral("0000")) + 4);
-    label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    QObject::connect(slider, &QSlider::valueChanged, label, [label](int value) { label->setNum(value); });
-    return {slider, label};
-}
+using namespace panelstyle;
 
 ExercisePanel::ExercisePanel(const Services &services, const PanelTraits &traits, QWidget *parent)
     : QWidget(parent)
@@ -80,152 +34,6 @@ ExercisePanel::~ExercisePanel()
 {
     // Anything still waiting for this window must not come back into it.
     m_unloaded = true;
-}
-
-void ExercisePanel::buildPanel()
-{
-    m_topArea = named(new QWidget(this), "toparea");
-    m_exerciseArea = named(new QWidget(this), "exercisearea");
-
-    auto *column = new QVBoxLayout;
-    column->setSpacing(4);
-    column->addWidget(buildControlsFrame());
-
-    m_verdict = named(new QLabel(this), "rightwronglabel");
-    setPointSize(m_verdict, VerdictPointSize);
-    m_verdict->setAlignment(Qt::AlignCenter);
-    m_verdict->setMinimumHeight(m_verdict->fontMetrics().height() + 4);
-    column->addWidget(m_verdict);
-
-    m_showLabel = named(new QLabel(this), "showlabel");
-    m_showLabel->setAutoFillBackground(true);
-    QPalette answerPalette = m_showLabel->palette();
-    answerPalette.setColor(QPalette::Window, AnswerBackground);
-    answerPalette.setColor(QPalette::WindowText, answerPalette.color(QPalette::Highlight));
-    m_showLabel->setPalette(answerPalette);
-    m_showLabel->setFrameShape(QFrame::Panel);
-    m_showLabel->setFrameShadow(QFrame::Sunken);
-    m_showLabel->setWordWrap(true);
-    m_showLabel->setAlignment(Qt::AlignCenter);
-    setPointSize(m_showLabel, m_traits.showLabelPointSize);
-    m_showLabel->setMinimumHeight(QFontMetrics(m_showLabel->font()).height() * 2 + 8);
-    // A description, not a name: the name is the text, so that a screen
-    // reader reads the answer itself and hears it change.
-    m_showLabel->setAccessibleDescription(tr("Answer"));
-    column->addWidget(m_showLabel);
-
-    column->addWidget(buildModeFrame());
-    column->addWidget(buildScoreFrame());
-    column->addStretch();
-
-    std::tie(m_secondSlider, m_secondSliderLabel) = makeDelaySlider(m_traits.secondSlider, this);
-
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(6, 6, 6, 6);
-    grid->setSpacing(6);
-    grid->addWidget(m_topArea, 0, 0, 1, 2);
-    grid->addWidget(m_exerciseArea, 1, 0);
-    grid->addLayout(column, 1, 1);
-    grid->setColumnStretch(0, 1);
-    grid->setRowStretch(1, 1);
-}
-
-QWidget *ExercisePanel::buildControlsFrame()
-{
-    auto *frame = named(new QGroupBox(tr("Controls"), this), "controlsframe");
-    m_new = named(new QPushButton(tr("&New"), frame), "New");
-    m_repeat = named(new QPushButton(tr("&Repeat"), frame), "Repeat");
-    m_reveal = named(new QPushButton(tr("Re&veal"), frame), "Reveal");
-    m_stopNoise = named(new QPushButton(tr("Stop noise!"), frame), "stopnoise");
-    m_stopNoise->setToolTip(tr("Silences every sounding note"));
-    m_noAnswers = named(new QCheckBox(tr("Don't show anwers"), frame), "noanswers");
-    m_autoNew = named(new QCheckBox(tr("Auto NEW"), frame), "autonewcheck");
-    m_autoNew->setChecked(true);
-    std::tie(m_autoNewSlider, m_autoNewLabel) = makeDelaySlider(AutoNewSlider, frame);
-    m_autoNewSlider->setAccessibleName(tr("Auto NEW delay in milliseconds"));
-    m_repeat->setEnabled(false);
-    m_reveal->setEnabled(false);
-
-    auto *grid = new QGridLayout(frame);
-    grid->setContentsMargins(6, 4, 6, 4);
-    grid->setSpacing(4);
-    grid->addWidget(m_new, 0, 0);
-    grid->addWidget(m_repeat, 0, 1);
-    grid->addWidget(m_reveal, 1, 0);
-    grid->addWidget(m_stopNoise, 1, 1);
-    grid->addWidget(m_noAnswers, 2, 0, 1, 2);
-    grid->addWidget(m_autoNew, 3, 0, 1, 2);
-    auto *sliderRow = new QHBoxLayout;
-    sliderRow->addWidget(m_autoNewSlider, 1);
-    sliderRow->addWidget(m_autoNewLabel);
-    grid->addLayout(sliderRow, 4, 0, 1, 2);
-
-    connect(m_new, &QPushButton::clicked, this, [this] { New_Click(); });
-    connect(m_repeat, &QPushButton::clicked, this, [this] { Repeat_Click(); });
-    connect(m_reveal, &QPushButton::clicked, this, &ExercisePanel::Reveal_Click);
-    connect(m_stopNoise, &QPushButton::clicked, this, &ExercisePanel::stopnoise_Click);
-    connect(m_noAnswers, &QCheckBox::clicked, this, &ExercisePanel::noanswers_Click);
-    return frame;
-}
-
-QWidget *ExercisePanel::buildModeFrame()
-{
-    auto *frame = named(new QGroupBox(tr("Test options"), this), "testoptionsframe");
-    m_test = named(new QRadioButton(tr("Test mode"), frame), "Test");
-    m_noTest = named(new QRadioButton(tr("No test"), frame), "Notest");
-    m_test->setChecked(true);
-    auto *row = new QHBoxLayout(frame);
-    row->setContentsMargins(6, 2, 6, 2);
-    row->addWidget(m_test);
-    row->addWidget(m_noTest);
-    connect(m_test, &QRadioButton::clicked, this, &ExercisePanel::Test_Click);
-    connect(m_noTest, &QRadioButton::clicked, this, &ExercisePanel::Notest_Click);
-    return frame;
-}
-
-QWidget *ExercisePanel::buildScoreFrame()
-{
-    m_scoreFrame = named(new QGroupBox(tr("Test"), this), "Frame5");
-    auto *grid = new QGridLayout(m_scoreFrame);
-    grid->setContentsMargins(6, 2, 6, 4);
-    grid->setVerticalSpacing(2);
-
-    auto *questionsCaption = captionLabel(tr("Questions"), "Label3", m_scoreFrame);
-    auto *rightCaption = captionLabel(tr("Right answers"), m_traits.rightAnswersCaptionName, m_scoreFrame);
-    auto *answersCaption = captionLabel(tr("Answers"), "Label8", m_scoreFrame);
-    m_questions = captionLabel(QStringLiteral("0"), "questlabel", m_scoreFrame);
-    m_rightAnswers = captionLabel(QStringLiteral("0"), "rightanslabel", m_scoreFrame);
-    m_answers = captionLabel(QStringLiteral("0"), "anslabel", m_scoreFrame);
-    m_percentage = captionLabel(QStringLiteral("0"), "perclabel", m_scoreFrame);
-    auto *percentSign = captionLabel(QStringLiteral("%"), "Label6", m_scoreFrame);
-    m_reset = named(new QPushButton(tr("Reset"), m_scoreFrame), "Reset");
-    setPointSize(m_percentage, PercentagePointSize);
-    setPointSize(percentSign, PercentagePointSize);
-    m_percentage->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-
-    const std::array<std::pair<QLabel *, QLabel *>, 3> rows{{
-        {questionsCaption, m_questions}, {rightCaption, m_rightAnswers}, {answersCaption, m_answers}}};
-    int row = 0;
-    for (const auto &[caption, value] : rows) {
-        value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        // The caption labels the counter; the counter's own name stays its
-        // number, which is what a screen reader has to read out.
-        caption->setBuddy(value);
-        value->setAccessibleDescription(caption->text());
-        grid->addWidget(caption, row, 0);
-        grid->addWidget(value, row, 1, 1, 2);
-        ++row;
-    }
-    m_percentage->setAccessibleDescription(tr("Percentage right"));
-    grid->addWidget(m_percentage, row, 0, 1, 2);
-    grid->addWidget(percentSign, row, 2);
-    grid->addWidget(m_reset, row + 1, 0, 1, 3);
-    grid->setColumnStretch(0, 1);
-    connect(m_reset, &QPushButton::clicked, this, &ExercisePanel::Reset_Click);
-
-    m_testOnlyControls = {m_scoreFrame, questionsCaption, rightCaption, answersCaption, m_questions,
-                          m_answers, m_rightAnswers, m_percentage, percentSign, m_reset};
-    return m_scoreFrame;
 }
 
 void ExercisePanel::Form_Load()
