@@ -44,10 +44,7 @@ public:
     static constexpr int SampleRate = 44100;
     static inline const QString SinkName = QStringLiteral("tonaro_null");
 
-    PrivatePulseServer() = default;
     ~PrivatePulseServer() { stop(); }
-    PrivatePulseServer(const PrivatePulseServer &) = delete;
-    PrivatePulseServer &operator=(const PrivatePulseServer &) = delete;
 
     // Starts the server and waits until it takes connections. On failure
     // error() tells why (no pulseaudio installed, say).

@@ -85,20 +85,11 @@ private slots:
         QVERIFY2(std::fabs(measured - hz) <= hz * 0.01, qPrintable(QStringLiteral("%1 Hz instead of %2 Hz").arg(measured).arg(hz)));
     }
 
-    void velocityZeroIsANoteOffNotAnError_data()
-    {
-        QTest::addColumn<bool>("noteSounding");
-        QTest::newRow("nothing sounds") << false;
-        QTest::newRow("the note sounds") << true;
-    }
-
     void velocityZeroIsANoteOffNotAnError()
     {
-        QFETCH(bool, noteSounding);
-        if (noteSounding) {
-            play(24, 69);
-            QVERIFY(rms(render(0.2)) > 0.005);
-        }
+        QCOMPARE(m_synth->send(message(midi::NoteOnStatus, 69, 0)), MidiResult::Ok); // nothing sounds yet
+        play(24, 69);
+        QVERIFY(rms(render(0.2)) > 0.005);
         QCOMPARE(m_synth->send(message(midi::NoteOnStatus, 69, 0)), MidiResult::Ok);
         render(1.0); // the guitar's release runs out
         QVERIFY(rms(render(0.1)) < 1e-4);

@@ -30,10 +30,16 @@ int envOr(const char *name, int fallback)
     return ok ? value : fallback;
 }
 
-class Soak
+class Soak : public test::TestServices
 {
 public:
-    Soak(test::TestServices &fx, MDIForm1 &window, quint32 seed) : m_fx(fx), m_window(window), m_random(seed) {}
+    explicit Soak(quint32 seed) : TestServices(false), m_random(seed)
+    {
+        platform.setDeviceNames(SoakDevices);
+        m_window.MDIForm_Load();
+        setWaitScale(SoakWaitScale);
+        clearRecords();
+    }
 
     void act()
     {
@@ -48,13 +54,15 @@ public:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    bool checkInvariants(QString *why);
+    // Why the program is now in a state no run may reach; empty when it is not.
+    QString brokenInvariant();
     QStringList lastActions() const { return {m_log.begin(), m_log.end()}; }
     int actionsDone() const { return m_done; }
 
 private:
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(m_random); }
     ExercisePanel *exercise() const { return m_window.exerciseWindow(); }
+    QToolButton *barButton(int index) const { return test::child<QToolButton>(&m_window, QStringLiteral("botton1_%1").arg(index)); }
     void log(const QString &action)
     {
         m_log.push_back(QStringLiteral("%1: %2").arg(m_done).arg(action));
@@ -76,8 +84,7 @@ private:
     void typeLetter();
     void useSettingsDialog();
 
-    test::TestServices &m_fx;
-    MDIForm1 &m_window;
+    MDIForm1 m_window{services};
     std::mt19937 m_random;
     std::deque<QString> m_log;
     int m_done = 0;
@@ -94,7 +101,7 @@ void Soak::perform(bool posted)
     if (kind < 6) {
         const int index = below(5);
         log(QStringLiteral("bar button %1").arg(index));
-        m_window.findChild<QToolButton *>(QStringLiteral("botton1_%1").arg(index))->click();
+        barButton(index)->click();
     } else if (kind < 60) {
         clickControl();
     } else if (kind < 70) {
@@ -116,14 +123,11 @@ void Soak::perform(bool posted)
         useSettingsDialog();
     } else if (kind < 98 && !posted) {
         log(QStringLiteral("about box"));
-        QTimer::singleShot(0, &m_window, [this] {
-            if (auto *about = m_window.findChild<QDialog *>(QStringLiteral("formabout")))
-                about->close();
-        });
+        QTimer::singleShot(0, &m_window, [this] { test::child<QDialog>(&m_window, QStringLiteral("formabout"))->close(); });
         m_window.aboutmnu_Click();
     } else if (!posted) {
         log(QStringLiteral("exit, answered No"));
-        m_fx.boxes.scriptAnswers({false});
+        boxes.scriptAnswers({false});
         m_exitAsked = true;
         m_window.close();
     }
@@ -170,9 +174,7 @@ void Soak::useSettingsDialog()
     log(QStringLiteral("settings: device %1 channel %2 volume %3 instrument %4, %5")
             .arg(device).arg(channel + 1).arg(volume).arg(instrument).arg(okButton ? "OK" : "close box"));
     QTimer::singleShot(0, &m_window, [=, this] {
-        auto *dialog = m_window.findChild<QDialog *>(QStringLiteral("optionsform"));
-        if (!dialog)
-            return;
+        auto *dialog = test::child<QDialog>(&m_window, QStringLiteral("optionsform"));
         test::child<QComboBox>(dialog, QStringLiteral("Combodevice"))->setCurrentIndex(device);
         test::child<QComboBox>(dialog, QStringLiteral("Combochannel"))->setCurrentIndex(channel);
         test::child<QSlider>(dialog, QStringLiteral("volumeslider"))->setValue(volume);
@@ -182,50 +184,45 @@ void Soak::useSettingsDialog()
     m_window.optionmnu_Click();
 }
 
-bool Soak::checkInvariants(QString *why)
+QString Soak::brokenInvariant()
 {
-    const auto fail = [why](const QString &text) {
-        *why = text;
-        return false;
-    };
-    const auto &records = m_fx.platform.records();
+    const auto &records = platform.records();
     for (; m_recordsChecked < records.size(); ++m_recordsChecked) {
         const auto &record = records[m_recordsChecked];
         if (record.call != RecordingMidiPlatform::Call::Send)
             continue;
         if (record.data1() > 127 || record.data2() > 127 || record.status() < 0x80)
-            return fail(QStringLiteral("message %1 has a data byte above 127").arg(record.message, 0, 16));
+            return QStringLiteral("message %1 has a data byte above 127").arg(record.message, 0, 16);
         if (record.result != 0)
-            return fail(QStringLiteral("a message reached the device while the port was closed"));
+            return QStringLiteral("a message reached the device while the port was closed");
     }
-    for (const auto &box : m_fx.boxes.boxes())
+    for (const auto &box : boxes.boxes())
         if (!(box.isQuestion && m_exitAsked))
-            return fail(QStringLiteral("unexpected message box: %1").arg(box.text));
-    m_fx.boxes.clear();
-    if (!m_fx.midi.MidiPortOpen)
-        return fail(QStringLiteral("the port is closed"));
+            return QStringLiteral("unexpected message box: ") + box.text;
+    boxes.clear();
+    if (!midi.MidiPortOpen)
+        return QStringLiteral("the port is closed");
 
     ExercisePanel *shown = exercise();
     if (!shown || shown->objectName() != QLatin1String(WindowNames[std::size_t(m_window.CurrentExercise)]))
-        return fail(QStringLiteral("the window shown is not the one the bar shows"));
+        return QStringLiteral("the window shown is not the one the bar shows");
     for (ExercisePanel *window : m_window.findChildren<ExercisePanel *>())
         if (window != shown && !window->isUnloaded())
-            return fail(QStringLiteral("%1 is still loaded beside %2").arg(window->objectName(), shown->objectName()));
+            return QStringLiteral("%1 is still loaded beside %2").arg(window->objectName(), shown->objectName());
     for (int index = 0; index < 5; ++index)
-        if (m_window.findChild<QToolButton *>(QStringLiteral("botton1_%1").arg(index))->isChecked() != (index == m_window.CurrentExercise))
-            return fail(QStringLiteral("bar button %1 is in the wrong state").arg(index));
+        if (barButton(index)->isChecked() != (index == m_window.CurrentExercise))
+            return QStringLiteral("bar button %1 is in the wrong state").arg(index);
 
-    for (const QString &counter : test::score(shown)) {
+    const QStringList score = test::score(shown);
+    for (const QString &counter : score) {
         bool ok = false;
         if (counter.toDouble(&ok) < 0 || !ok)
-            return fail(QStringLiteral("a counter is negative or not a number: %1").arg(test::score(shown).join(u' ')));
+            return QStringLiteral("a counter is negative or not a number: ") + score.join(u' ');
     }
     // Each scored answer needs a question counted after the one before.
-    if (test::text(shown, QStringLiteral("anslabel")).toDouble() > test::text(shown, QStringLiteral("questlabel")).toDouble())
-        return fail(QStringLiteral("more answers than questions: %1").arg(test::score(shown).join(u' ')));
-    if (!m_scoreError.isEmpty())
-        return fail(std::exchange(m_scoreError, QString()));
-    return true;
+    if (score[2].toDouble() > score[0].toDouble())
+        return QStringLiteral("more answers than questions: ") + score.join(u' ');
+    return std::exchange(m_scoreError, QString());
 }
 
 } // namespace
@@ -240,21 +237,12 @@ private slots:
         const quint32 seed = quint32(envOr("TONARO_SOAK_SEED", int(QDateTime::currentMSecsSinceEpoch() & 0x7FFFFFFF)));
         const int actions = envOr("TONARO_SOAK_ACTIONS", 5000);
         qInfo("soak: seed %u, %d actions (TONARO_SOAK_SEED=%u replays this run)", seed, actions, seed);
-
-        test::TestServices fx(false);
-        fx.platform.setDeviceNames(SoakDevices);
-        MDIForm1 window(fx.services);
-        window.MDIForm_Load();
-        setWaitScale(SoakWaitScale);
-        fx.clearRecords();
-
-        Soak soak(fx, window, seed);
+        Soak soak(seed);
         QElapsedTimer clock;
         clock.start();
         for (int i = 0; i < actions; ++i) {
             soak.act();
-            QString why;
-            if (!soak.checkInvariants(&why)) {
+            if (const QString why = soak.brokenInvariant(); !why.isEmpty()) {
                 qWarning("soak failed after action %d with seed %u: %s", soak.actionsDone(), seed, qPrintable(why));
                 for (const QString &line : soak.lastActions())
                     qWarning("  %s", qPrintable(line));
@@ -262,7 +250,6 @@ private slots:
             }
         }
         qInfo("soak: %d actions in %.1f s", actions, clock.elapsed() / 1000.0);
-        setWaitScale(0);
     }
 };
 
