@@ -17,12 +17,8 @@ using namespace tonaro;
 
 namespace {
 
-const QStringList TestOnly{"Frame5", "Reset", "Label3", "Label2", "Label8", "questlabel", "rightanslabel",
-                           "anslabel", "perclabel", "Label6", "autonewcheck", "sliderautonew", "sliderautonewlabel"};
-
 struct Panel : test::Loaded<formmelody> {
     using Loaded::Loaded;
-    void ask() { press("New"); }
     void key(int k) { press(QStringLiteral("tasto_%1").arg(k)); }
 };
 
@@ -41,7 +37,6 @@ public:
         return double(generator() - 1) / double(std::minstd_rand::modulus - 1);
     }
 };
-
 
 } // namespace
 
@@ -66,82 +61,10 @@ private slots:
         QFETCH(int, questions);
         Panel p;
         for (int q = 0; q < questions; ++q) {
-            p.ask();
+            p.press("New");
             p.key(q < right ? 0 : 1);
         }
         QTEST(test::score(p.w), "score");
-    }
-
-    void closedQuestionIgnoresKeys_data()
-    {
-        QTest::addColumn<QString>("closing");
-        QTest::addColumn<QStringList>("score");
-        QTest::addColumn<QString>("verdict");
-        QTest::newRow("scored") << "tasto_0" << QStringList({"2", "2", "1", "100"}) << "Right!";
-        QTest::newRow("Reset while pending") << "Reset" << QStringList({"0", "0", "0", "0"}) << "";
-    }
-
-    void closedQuestionIgnoresKeys()
-    {
-        QFETCH(QString, closing);
-        Panel p;
-        p.get<QComboBox>("nnotescombo")->setCurrentIndex(1);
-        p.ask();
-        p.key(0); // half an answer, which Reset drops
-        p.press(closing);
-        QCOMPARE(int(p.w->question().nclicks), 0);
-        p.clearRecords();
-        p.key(0);
-        p.key(1);
-        QTEST(test::score(p.w), "score");
-        QTEST(p.text("rightwronglabel"), "verdict");
-        QVERIFY(p.notesPlayed().empty());
-        QVERIFY(p.w->Answered);
-    }
-
-    void practiceModeGreysTheScoreAndKeepsThePendingQuestion()
-    {
-        Panel p;
-        p.ask();
-        p.key(1);
-        p.ask();
-        p.press("Notest");
-        for (const QString &name : TestOnly)
-            QVERIFY2(!p.get(name)->isEnabled(), qPrintable(name));
-        QVERIFY(p.get("Reveal")->isEnabled());
-        QCOMPARE(p.text("rightwronglabel"), "");
-        QCOMPARE(test::score(p.w), QStringList({"2", "0", "1", "0"}));
-
-        p.press("Test");
-        for (const QString &name : TestOnly)
-            QVERIFY2(p.get(name)->isEnabled(), qPrintable(name));
-        QVERIFY(!p.get("Reveal")->isEnabled());
-        p.key(0);
-        QCOMPARE(test::score(p.w), QStringList({"2", "1", "2", "50"}));
-    }
-
-    void dontShowAnswersKeepsTheVerdictOnly()
-    {
-        Panel p;
-        QTest::keyClick(p.w, Qt::Key_N); // the letters run the panel's buttons
-        QTest::keyClick(p.w, Qt::Key_R);
-        QCOMPARE(p.played(), QList<int>({48, 48}));
-        p.key(0);
-        QCOMPARE(p.text("showlabel"), "C ");
-        p.press("noanswers");
-        QCOMPARE(p.text("rightwronglabel") + p.text("showlabel"), "");
-        p.ask();
-        p.key(1);
-        QTest::keyClick(p.w, Qt::Key_V);
-        QCOMPARE(p.text("rightwronglabel"), "Wrong!");
-        QCOMPARE(p.text("showlabel"), "");
-        p.press("noanswers");
-        QCOMPARE(p.text("rightwronglabel"), "");
-        QTest::keyClick(p.w, Qt::Key_V); // although the button is disabled
-        QCOMPARE(p.text("showlabel"), "C ");
-        p.press("Notest");
-        QTest::keyClick(p.w, Qt::Key_S); // resets in practice mode too
-        QCOMPARE(test::score(p.w), QStringList({"0", "0", "0", "0"}));
     }
 
     // Another exercise chosen on the bar deletes the window; the program
@@ -168,7 +91,7 @@ private slots:
         p.get<QComboBox>("nnotescombo")->setCurrentIndex(2);
         p.get<QSlider>("slidermultinotes")->setValue(100);
         p.get<QSlider>("sliderautonew")->setValue(100);
-        p.ask();
+        p.press("New");
         if (wait == Wait::AutoNew) {
             p.key(0);
             p.key(0);
@@ -182,7 +105,7 @@ private slots:
         else
             p.press(wait == Wait::NoteGap ? "New" : "Repeat");
         resumeWaits();
-        QTEST(int(p.notesPlayed().size()), "notes");
+        QTEST(int(p.played().size()), "notes");
         QCOMPARE(p.w.isNull(), !closing);
     }
 

@@ -62,13 +62,6 @@ struct Window : test::Loaded<CatalogueExercise> {
     }
 };
 
-Ints range(int first, int last)
-{
-    Ints indexes(last - first + 1);
-    std::iota(indexes.begin(), indexes.end(), first);
-    return indexes;
-}
-
 Ints from(int root, const Ints &semitones)
 {
     Ints notes;
@@ -113,37 +106,6 @@ private slots:
         QCOMPARE(rootName(58), "A#");
     }
 
-    void windowsShowTheirCatalogue_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QString>("boxName");
-        QTest::addColumn<QStringList>("captions");
-        QTest::newRow("intervals") << "formintervalli" << "inter"
-            << QStringList{"Unison", "2nd minor", "2nd major", "3rd minor", "3rd major", "4th perfect", "5th diminished",
-                           "5th perfect", "6th minor", "6th major", "7th minor", "7th major", "Octave"};
-        QTest::newRow("chords") << "Formchords" << "chord"
-            << QStringList{"maj", "min", "7", "maj7", "min7", "sus4", "7sus4", "6", "min6", "9", "min9", "dim", "aug",
-                           "maj9", "7-5", "7+5", "7+9", "7-9", "11", "13"};
-        QTest::newRow("scales") << "Formscales" << "scales"
-            << QStringList{"Major", "Minor", "Armonic Minor", "Melodic Minor", "Major Pentatonic", "Minor Pentatonic",
-                           "Diminished", "Exatonal", "Cromatic", "Major Neapolitan", "Minor Neapolitan", "Enigmatic",
-                           "Ungarian", "Doric", "Frigian", "Lydian", "Mixolydian", "Locrian"};
-        QTest::newRow("degrees") << "formarmonia" << "chord" << QStringList{"I", "II", "III", "IV", "V", "VI", "VII"};
-    }
-
-    void windowsShowTheirCatalogue()
-    {
-        QFETCH(QString, window);
-        QFETCH(QString, boxName);
-        QFETCH(QStringList, captions);
-        Window fx(window);
-        QCOMPARE(fx.boxes().size(), captions.size());
-        for (int i = 0; i < captions.size(); ++i) {
-            QCOMPARE(fx.get<QCheckBox>(QStringLiteral("%1_%2").arg(boxName).arg(i))->text(), captions[i]);
-            QVERIFY(fx.playButton(i));
-        }
-    }
-
     // The notes are fixed when the question is drawn (the root brought into
     // 54-65 for chords and scales); the option selected when it plays only
     // decides whether they come apart or at once. Answer buttons are silent
@@ -181,7 +143,7 @@ private slots:
         QTest::newRow("Major on Fixed C") << S << allScales << 1 << Draws{rFor(0, 18)}
             << from(60, Major) << true << "" << true << "C major";
         QTest::newRow("Cromatic on Fixed F") << S << allScales << 6 << Draws{rFor(8, 18)}
-            << from(65, range(0, 12)) << true << "" << true << "F cromatic";
+            << Ints{65, 66, 67, 68, 69, 70, 71, 72, 73, 74, 75, 76, 77} << true << "" << true << "F cromatic";
         QTest::newRow("Armonic Minor on Fixed B") << S << allScales << 12 << Draws{rFor(2, 18)}
             << Ints{59, 61, 62, 64, 66, 67, 70, 71} << true << "" << true << "B armonic minor";
         // With "2 roots" ticked, as the window opens: the low root comes last.
@@ -232,9 +194,9 @@ private slots:
         QVERIFY2(fx.played().isEmpty(), "an answer button sounded in test mode");
     }
 
-    // Reveal names the chord in the key selected now, and a practice click
-    // makes its degree the chord that Repeat plays.
-    void harmonyRevealFollowsTheKeyAndTheLastChord_data()
+    // Reveal names the chord in the key selected now; Repeat plays it as it
+    // was drawn.
+    void harmonyRevealFollowsTheKey_data()
     {
         QTest::addColumn<int>("item");
         QTest::addColumn<QString>("mode");
@@ -245,7 +207,7 @@ private slots:
         QTest::newRow("C# major, no quality") << 1 << "optmajor" << "D (II)";
     }
 
-    void harmonyRevealFollowsTheKeyAndTheLastChord()
+    void harmonyRevealFollowsTheKey()
     {
         QFETCH(int, item);
         QFETCH(QString, mode);
@@ -260,22 +222,6 @@ private slots:
         fx.clearRecords();
         fx.press("Repeat");
         QCOMPARE(fx.played(), (Ints{62, 65, 69, 50}));
-
-        fx.setRoot(0);
-        fx.press("optmajor");
-        fx.press("playchord_3");
-        fx.setRoot(2);
-        fx.clearRecords();
-        fx.press("Repeat");
-        QCOMPARE(fx.played(), (Ints{65, 69, 72, 53}));
-        fx.press("Reveal");
-        QCOMPARE(fx.text("showlabel"), "F (IV)");
-        // Practising left nothing pending to answer.
-        fx.press("Test");
-        fx.clearRecords();
-        fx.press("playchord_3");
-        QCOMPARE(fx.text("rightwronglabel"), QString());
-        QVERIFY(fx.played().isEmpty());
     }
 
     void harmonyArpeggioTakesAwayTheLowRoot()
@@ -325,51 +271,19 @@ private slots:
         QTEST(fx.text("showlabel"), "reveal");
     }
 
-    void waitsLetEventsThroughOnlyInTheIntervalGap_data()
+    // Another exercise chosen on the bar in the interval's gap, a wait that
+    // lets events through, deletes the window there: the question stops after
+    // its first note.
+    void unloadInTheIntervalGapStopsTheQuestion()
     {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QStringList>("setup");
-        QTest::addColumn<bool>("practice");
-        QTest::addColumn<int>("notesBeforeEvents");
-        QTest::newRow("interval question gap") << "formintervalli" << QStringList{} << false << 1;
-        QTest::newRow("interval practice gap") << "formintervalli" << QStringList{"Notest"} << true << 2;
-        QTest::newRow("chord arpeggio") << "Formchords" << QStringList{"Arpeggiooption"} << false << 3;
-        QTest::newRow("chord practice arpeggio") << "Formchords" << QStringList{"Notest", "Arpeggiooption"} << true << 3;
-        QTest::newRow("scale") << "Formscales" << QStringList{} << false << 8;
-        QTest::newRow("scale practice") << "Formscales" << QStringList{"Notest"} << true << 8;
-        QTest::newRow("harmony arpeggio") << "formarmonia" << QStringList{"Arpeggiooption"} << false << 3;
-        QTest::newRow("harmony practice arpeggio") << "formarmonia" << QStringList{"Notest", "Arpeggiooption"} << true << 3;
-    }
-
-    // An event posted as the playing starts runs inside a wait that
-    // processes events, and only after the whole sequence where the waits do
-    // not. When the program closes during any of these waits, the sequence
-    // ends there and a question is not counted.
-    void waitsLetEventsThroughOnlyInTheIntervalGap()
-    {
-        QFETCH(QString, window);
-        QFETCH(QStringList, setup);
-        QFETCH(bool, practice);
-        for (const bool closing : {false, true}) {
-            Window fx(window, true);
-            for (const QString &control : setup)
-                fx.press(control);
-            fx.gapSlider()->setValue(20);
-            fx.clearRecords();
-            setWaitScale(1);
-            int notesWhenRun = -1;
-            QMetaObject::invokeMethod(fx.w, [&] { notesWhenRun = int(fx.played().size()); }, Qt::QueuedConnection);
-            if (closing)
-                fx.platform.onNoteOn = [] { abandonWaits(); };
-            practice ? fx.w->play_Click(0) : fx.w->New_Click();
-            QCoreApplication::processEvents();
-            if (closing) {
-                QCOMPARE(int(fx.played().size()), 1);
-                QCOMPARE(fx.text("questlabel"), "0");
-            } else {
-                QTEST(notesWhenRun, "notesBeforeEvents");
-            }
-        }
+        Window fx("formintervalli");
+        fx.gapSlider()->setValue(20);
+        setWaitScale(1);
+        QObject context;
+        QMetaObject::invokeMethod(&context, [&] { delete fx.w; }, Qt::QueuedConnection);
+        fx.w->New_Click();
+        QVERIFY(fx.w.isNull());
+        QCOMPARE(int(fx.played().size()), 1);
     }
 
     // The scale's notes are timed by waits that let no click through: a

@@ -32,14 +32,6 @@ struct Melody : test::Loaded<formmelody> {
         clearRecords();
         press("New");
     }
-    Ints ticked(const char *name, int count)
-    {
-        Ints indices;
-        for (int i = 0; i < count; ++i)
-            if (get<QCheckBox>(QStringLiteral("%1_%2").arg(QLatin1String(name)).arg(i))->isChecked())
-                indices << i;
-        return indices;
-    }
     void tick(const char *name, int count, const Ints &indices)
     {
         for (int i = 0; i < count; ++i)

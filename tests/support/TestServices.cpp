@@ -1,19 +1,10 @@
 #include "TestServices.h"
 
 #include "exercise/WaitMs.h"
-#include "midi/MidiMessages.h"
 
 #include <QRadioButton>
 
 namespace tonaro::test {
-
-int HookedPlatform::sendShortMessage(MidiHandle handle, std::uint32_t message)
-{
-    const int result = RecordingMidiPlatform::sendShortMessage(handle, message);
-    if (onNoteOn && (message & midi::StatusTypeMask) == midi::NoteOnStatus)
-        onNoteOn();
-    return result;
-}
 
 TestServices::TestServices(bool openPort)
 {
@@ -36,18 +27,12 @@ TestServices::~TestServices()
     setWaitScale(1);
 }
 
-std::vector<int> TestServices::notesPlayed() const
-{
-    std::vector<int> notes;
-    for (const auto &record : platform.notesOn())
-        notes.push_back(record.data1());
-    return notes;
-}
-
 QList<int> TestServices::played() const
 {
-    const std::vector<int> notes = notesPlayed();
-    return {notes.begin(), notes.end()};
+    QList<int> notes;
+    for (const auto &record : platform.notesOn())
+        notes << record.data1();
+    return notes;
 }
 
 void click(QWidget *widget)

@@ -10,18 +10,8 @@
 #include <QLabel>
 #include <QPointer>
 #include <QtTest>
-#include <functional>
 
 namespace tonaro::test {
-
-// The recorder with a hook run after every note-on it takes: the one way to
-// stand in for the program closing inside a wait that processes no events.
-class HookedPlatform : public RecordingMidiPlatform
-{
-public:
-    std::function<void()> onNoteOn;
-    int sendShortMessage(MidiHandle handle, std::uint32_t message) override;
-};
 
 // The doubles a test drives the real widgets with: the MIDI recorder, the
 // message-box recorder and a scripted random source, wired into a port that
@@ -32,14 +22,13 @@ struct TestServices {
     explicit TestServices(bool openPort = true);
     ~TestServices();
 
-    HookedPlatform platform;
+    RecordingMidiPlatform platform;
     RecordingMessageBoxes boxes;
     ScriptedRandomSource random;
     Midi_interface midi{platform, boxes};
     Services services{midi, boxes, random};
 
     // The note numbers of the note-on messages sent since the last clear.
-    std::vector<int> notesPlayed() const;
     QList<int> played() const;
     void clearRecords() { platform.clear(); boxes.clear(); }
 };
