@@ -1,6 +1,5 @@
 #include "TestServices.h"
 
-#include "exercise/RootNames.h"
 #include "exercise/WaitMs.h"
 #include "exercises/Formchords/ChordCatalogue.h"
 #include "exercises/Formchords/Formchords.h"
@@ -103,7 +102,6 @@ private slots:
                 for (int degree = 0; degree < 7; ++degree)
                     QVERIFY(*triadQuality(mode, degreeTriad(tonic, mode, degree, false).root() - tonic) != '\0');
         }
-        QCOMPARE(rootName(58), "A#");
     }
 
     // The notes are fixed when the question is drawn (the root brought into
@@ -135,8 +133,6 @@ private slots:
             << Ints{54, 58, 61} << false << "Arpeggiooption" << true << "F# maj";
         QTest::newRow("13 on Fixed F") << C << QStringList{"All"} << 6 << Draws{rFor(19, 20)}
             << from(65, Thirteenth) << false << "" << false << "F 13";
-        QTest::newRow("13 on Fixed A#") << C << QStringList{"All"} << 11 << Draws{rFor(19, 20)}
-            << from(58, Thirteenth) << false << "" << false << "A# 13";
         QTest::newRow("7 arpeggio on Fixed C") << C << QStringList{"All", "Arpeggiooption"} << 1 << Draws{rFor(2, 20)}
             << Ints{60, 64, 67, 70} << true << "Chordoption" << false << "C 7";
         const QStringList allScales{"Allscales", "Allmodes"};

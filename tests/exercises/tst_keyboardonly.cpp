@@ -26,6 +26,15 @@ using Script = QList<KeyStep>;
 constexpr KeyStep altN{nullptr, Qt::Key_N, Qt::AltModifier};
 constexpr KeyStep untickAutoNew{"autonewcheck", Qt::Key_Space};
 
+void tabTo(const QString &name)
+{
+    QWidget *target = QApplication::activeWindow()->findChild<QWidget *>(name);
+    QVERIFY2(target, qPrintable(QStringLiteral("no control ") + name));
+    for (int presses = 0; presses < 200 && QApplication::focusWidget() != target; ++presses)
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QVERIFY2(QApplication::focusWidget() == target, qPrintable(QStringLiteral("Tab never reaches ") + name));
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(KeyStep)
@@ -37,9 +46,6 @@ class KeyboardOnlyTest : public QObject
 private slots:
     void answersAQuestionWithKeysAlone_data();
     void answersAQuestionWithKeysAlone();
-
-private:
-    void tabTo(const QString &name);
 };
 
 void KeyboardOnlyTest::answersAQuestionWithKeysAlone_data()
@@ -110,15 +116,6 @@ void KeyboardOnlyTest::answersAQuestionWithKeysAlone()
     QCOMPARE(test::text(window.exerciseWindow(), "rightwronglabel"), "Right!");
     QCOMPARE(test::text(window.exerciseWindow(), "showlabel"), reveal);
     QCOMPARE(test::score(window.exerciseWindow()), QStringList({"1", "1", "1", "100"}));
-}
-
-void KeyboardOnlyTest::tabTo(const QString &name)
-{
-    QWidget *target = QApplication::activeWindow()->findChild<QWidget *>(name);
-    QVERIFY2(target, qPrintable(QStringLiteral("no control ") + name));
-    for (int presses = 0; presses < 200 && QApplication::focusWidget() != target; ++presses)
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QVERIFY2(QApplication::focusWidget() == target, qPrintable(QStringLiteral("Tab never reaches ") + name));
 }
 
 QTEST_MAIN(KeyboardOnlyTest)

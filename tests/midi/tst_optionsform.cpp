@@ -94,55 +94,31 @@ private slots:
         QVERIFY(portCalls(s.platform).isEmpty());
     }
 
-    void everyWayOfClosingAppliesOnce_data()
-    {
-        QTest::addColumn<Closing>("way");
-        QTest::newRow("OK") << Closing::Ok;
-        QTest::newRow("Enter") << Closing::Enter;
-        QTest::newRow("Escape") << Closing::Escape;
-        QTest::newRow("close box") << Closing::CloseBox;
-    }
-
-    void everyWayOfClosingAppliesOnce()
-    {
-        QFETCH(Closing, way);
-        test::TestServices s;
-        optionsform dialog(s.midi);
-        dialog.show();
-        closeDialog(dialog, way);
-        QCOMPARE(portCalls(s.platform), PlainRestart);
-        QVERIFY(s.boxes.boxes().empty());
-
-        // The same dialog shown again loads the settings afresh and applies them again.
-        s.midi.MidiVolume = 50;
-        s.clearRecords();
-        dialog.show();
-        QCOMPARE(child<QLabel>(&dialog, "volumesliderlabel")->text(), "50");
-        closeDialog(dialog, way);
-        QCOMPARE(portCalls(s.platform), PlainRestart);
-    }
-
+    // Every way of closing applies the choices once, with a restart.
     void closingAppliesTheChoices_data()
     {
+        QTest::addColumn<Closing>("way");
         QTest::addColumn<int>("device");
         QTest::addColumn<int>("channel"); // list position
         QTest::addColumn<int>("volume");
         QTest::addColumn<int>("instrument");
         QTest::addColumn<QStringList>("calls"); // the restart, then note 60 with the new settings
 
-        QTest::newRow("channel 10") << 0 << 9 << 100 << 24
+        QTest::newRow("OK, nothing changed") << Closing::Ok << 0 << 0 << 100 << 24 << PlainRestart + QStringList{"Send 90 3C 64"};
+        QTest::newRow("Enter, channel 10") << Closing::Enter << 0 << 9 << 100 << 24
             << QStringList{"Close", "Open 0", "Send B9 00 00", "Send B9 20 00", "Send C9 18 00", "Send 99 3C 64"};
-        QTest::newRow("volume 0") << 0 << 0 << 0 << 24 << PlainRestart + QStringList{"Send 90 3C 00"};
-        QTest::newRow("128 Gunshot") << 0 << 0 << 100 << 127
+        QTest::newRow("Escape, volume 0") << Closing::Escape << 0 << 0 << 0 << 24 << PlainRestart + QStringList{"Send 90 3C 00"};
+        QTest::newRow("close box, 128 Gunshot") << Closing::CloseBox << 0 << 0 << 100 << 127
             << QStringList{"Close", "Open 0", "Send B0 00 00", "Send B0 20 00", "Send C0 7F 00", "Send 90 3C 64"};
-        QTest::newRow("second device") << 1 << 0 << 100 << 24
+        QTest::newRow("second device") << Closing::Ok << 1 << 0 << 100 << 24
             << QStringList{"Close", "Open 1", "Send B0 00 00", "Send B0 20 00", "Send C0 18 00", "Send 90 3C 64"};
-        QTest::newRow("all at once") << 1 << 15 << 127 << 40
+        QTest::newRow("all at once") << Closing::Ok << 1 << 15 << 127 << 40
             << QStringList{"Close", "Open 1", "Send BF 00 00", "Send BF 20 00", "Send CF 28 00", "Send 9F 3C 7F"};
     }
 
     void closingAppliesTheChoices()
     {
+        QFETCH(Closing, way);
         QFETCH(int, device);
         QFETCH(int, channel);
         QFETCH(int, volume);
@@ -155,11 +131,19 @@ private slots:
         child<QComboBox>(&dialog, "Combochannel")->setCurrentIndex(channel);
         child<QSlider>(&dialog, "volumeslider")->setValue(volume);
         child<QComboBox>(&dialog, "comboinstr")->setCurrentIndex(instrument);
-        closeDialog(dialog, Closing::Ok);
+        closeDialog(dialog, way);
         s.midi.NoteOn(s.midi.MidiChannel, 60, s.midi.MidiVolume);
         QTEST(portCalls(s.platform), "calls");
         QCOMPARE(s.platform.openDevice(), device);
         QVERIFY(s.boxes.boxes().empty());
+
+        // The same dialog shown again loads the settings afresh and applies them again.
+        s.midi.MidiVolume = 50;
+        s.clearRecords();
+        dialog.show();
+        QCOMPARE(child<QLabel>(&dialog, "volumesliderlabel")->text(), "50");
+        closeDialog(dialog, way);
+        QCOMPARE(portCalls(s.platform).size(), PlainRestart.size());
     }
 
     void failedOpenOnCloseLeavesThePortClosed_data()

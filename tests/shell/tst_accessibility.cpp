@@ -98,17 +98,17 @@ QString describe(const QWidget *widget)
 QStringList named(const QString &prefix, const QStringList &names)
 {
     QStringList rows;
-    for (qsizetype i = 0; i < names.size(); ++i)
-        rows << prefix + QString::number(i) + u'=' + names[i];
+    for (const QString &name : names)
+        rows << prefix + QString::number(rows.size()) + u'=' + name;
     return rows;
 }
 
 QStringList plays(const QString &prefix, std::span<const CatalogueEntry> catalogue)
 {
-    QStringList names;
+    QStringList rows;
     for (const CatalogueEntry &entry : catalogue)
-        names << QStringLiteral("Play ") + QLatin1String(entry.revealName);
-    return named(prefix, names);
+        rows << prefix + QString::number(rows.size()) + QStringLiteral("=Play ") + QLatin1String(entry.revealName);
+    return rows;
 }
 
 struct Scene {
