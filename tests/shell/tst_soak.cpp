@@ -13,6 +13,7 @@
 #include <QSlider>
 #include <QToolButton>
 #include <deque>
+#include <memory>
 #include <random>
 
 using namespace tonaro;
@@ -163,8 +164,17 @@ void Soak::typeLetter()
     QWidget *target = QApplication::focusWidget();
     if (!target || !exercise() || !exercise()->isAncestorOf(target))
         target = exercise();
-    if (target)
-        QTest::keyClick(target, Qt::Key(letter.unicode()), modifier);
+    if (!target)
+        return;
+    // Alt with a menu's letter opens its dialog, modal: close what this key
+    // opened, as a user would, and leave any other dialog alone.
+    auto typing = std::make_shared<bool>(true);
+    QTimer::singleShot(0, &m_window, [typing] {
+        if (QWidget *dialog = QApplication::activeModalWidget(); dialog && *typing)
+            dialog->close();
+    });
+    QTest::keyClick(target, Qt::Key(letter.unicode()), modifier);
+    *typing = false;
 }
 
 void Soak::useSettingsDialog()
