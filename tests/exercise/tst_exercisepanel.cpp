@@ -67,6 +67,40 @@ private slots:
         QTEST(test::score(p.w), "score");
     }
 
+    // The verdict still shows; the answer stays hidden.
+    void dontShowAnwersHidesTheAnswerNotTheVerdict()
+    {
+        Panel p;
+        p.press("New");
+        p.key(0);
+        QVERIFY(!p.text("showlabel").isEmpty());
+        p.press("noanswers");
+        QCOMPARE(p.text("showlabel"), QString());
+        p.press("New");
+        p.key(0);
+        QCOMPARE(p.text("rightwronglabel"), QStringLiteral("Right!"));
+        QCOMPARE(p.text("showlabel"), QString());
+    }
+
+    // Practice greys the score and never changes it; the keys play instead.
+    void practiceModeLeavesTheScoreAlone()
+    {
+        Panel p;
+        p.press("New");
+        p.key(0);
+        const QStringList score = test::score(p.w);
+        p.press("Notest");
+        QVERIFY(!p.get("questlabel")->isEnabled());
+        QVERIFY(p.get("Reveal")->isEnabled());
+        p.clearRecords();
+        p.key(9);
+        QCOMPARE(p.played(), QList<int>{69});
+        QCOMPARE(test::score(p.w), score);
+        p.press("Test");
+        QVERIFY(p.get("questlabel")->isEnabled());
+        QVERIFY(!p.get("Reveal")->isEnabled());
+    }
+
     // Another exercise chosen on the bar deletes the window; the program
     // closing abandons every wait. Either way the sequence stops there, and
     // under the address sanitizer any use of the freed window would show.
