@@ -70,6 +70,10 @@ void WaitMs(int milliseconds, bool processEvents)
         }
         if (g_abandoned)
             return;
+    } else if (deadline - Clock::now() > TimerMargin) {
+        // One long sleep can wake late by several milliseconds on a busy
+        // machine; a short last one lands close to the deadline.
+        std::this_thread::sleep_until(deadline - TimerMargin);
     }
     std::this_thread::sleep_until(deadline);
 }
