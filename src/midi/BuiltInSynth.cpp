@@ -53,6 +53,11 @@ MidiResult BuiltInSynth::load()
     // how the program silences notes, and blurs the pitch a user listens for.
     fluid_settings_setint(m_settings.get(), "synth.reverb.active", 0);
     fluid_settings_setint(m_settings.get(), "synth.chorus.active", 0);
+    // FluidSynth's default gain leaves one guitar note near -35 dBFS, too
+    // quiet beside other programs. At this gain the loudest question, an
+    // eight-note chord at full velocity, peaks between -8 and -2 dBFS across
+    // organ, guitar, strings, brass and lead sounds: loud, never clipped.
+    fluid_settings_setnum(m_settings.get(), "synth.gain", 0.5);
     m_synth.reset(new_fluid_synth(m_settings.get()));
     if (!m_synth)
         return MidiResult::NoMemory;
