@@ -22,6 +22,7 @@
 
 #include "../tests/midi/AudioAnalysis.h"
 #include "../tests/midi/PrivatePulseServer.h"
+#include "BenchSupport.h"
 #include "MonitorTap.h"
 #include "midi/MidiMessages.h"
 #include "midi/Midi_interface.h"
@@ -59,14 +60,6 @@ constexpr float OnsetLevel = 1e-3f;
 // sink works in 16 bits) longer than this inside a sounding note.
 constexpr float QuietLevel = 1.0f / 32768;
 constexpr double DropoutMs = 3.0;
-
-double processorSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 // Processor seconds of another process, from /proc; -1 when unreadable.
 double processorSecondsOf(qint64 pid)
@@ -330,24 +323,24 @@ void benchIdle(PulseAudioOutput *output, qint64 serverPid)
     // itself, then ten seconds more of the idle program with the port open.
     const auto silencedAt = steady_clock::now();
     auto pausedAt = silencedAt;
-    double cpu = processorSeconds();
+    double cpu = tonaro::bench::processorSeconds();
     while (steady_clock::now() - silencedAt < 10s) {
         runEvents(20ms);
         if (pausedAt == silencedAt && output->isPaused())
             pausedAt = steady_clock::now();
     }
     double wall = duration<double>(steady_clock::now() - silencedAt).count();
-    double used = processorSeconds() - cpu;
+    double used = tonaro::bench::processorSeconds() - cpu;
     std::printf("idle with the port open, first %.1f s after the last note (output paused after %.0f ms): "
                 "processor %.4f s = %.3f %% of a core (target <= 1 %%)\n",
                 wall, toMs(pausedAt - silencedAt), used, 100 * used / wall);
 
-    cpu = processorSeconds();
+    cpu = tonaro::bench::processorSeconds();
     const double serverCpu = processorSecondsOf(serverPid);
     const auto start = steady_clock::now();
     runEvents(10s);
     wall = duration<double>(steady_clock::now() - start).count();
-    used = processorSeconds() - cpu;
+    used = tonaro::bench::processorSeconds() - cpu;
     std::printf("idle with the port open, next %.1f s: processor %.4f s = %.3f %% of a core (target <= 1 %%); "
                 "sound server %.3f %%\n",
                 wall, used, 100 * used / wall, 100 * (processorSecondsOf(serverPid) - serverCpu) / wall);

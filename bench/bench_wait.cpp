@@ -4,6 +4,7 @@
 // own unless PULSE_SERVER names one, and the message boxes are recorded,
 // not shown: a box that waited for a click would hang the run.
 #include "../tests/midi/PrivatePulseServer.h"
+#include "BenchSupport.h"
 #include "exercise/RandomSource.h"
 #include "exercise/WaitMs.h"
 #include "midi/Midi_interface.h"
@@ -22,14 +23,6 @@
 using namespace std::chrono;
 
 namespace {
-
-double processorSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
-        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
 
 double residentMegabytes()
 {
@@ -92,9 +85,9 @@ int main(int argc, char *argv[])
         overshoot(milliseconds, false);
     }
 
-    const double before = processorSeconds();
+    const double before = tonaro::bench::processorSeconds();
     tonaro::WaitMs(1250, true);
-    const double used = processorSeconds() - before;
+    const double used = tonaro::bench::processorSeconds() - before;
     std::printf("Processor time during a 1250 ms event wait: %.2f ms = %.2f %%   (target <= 2 %%)\n", used * 1000,
                 used / 1.25 * 100);
 
