@@ -45,8 +45,8 @@ public:
             || !waitUntil([this] { return readiness(pa_context_get_state(m_context.get())); }))
             return false;
 
-        const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_rate), 1};
-        m_stream.reset(pa_stream_new(m_context.get(), "monitor", &spec, nullptr));
+        const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_rate), 1};
+        m_stream.reset(pa_stream_new(m_context.get(), "monitor", &format, nullptr));
         if (!m_stream)
             return false;
         pa_stream_set_state_callback(m_stream.get(), &MonitorTap::onStreamState, this);

@@ -141,8 +141,8 @@ private:
     bool m_unloaded = false;
 };
 
-// A horizontal slider and its value label made from a SliderSpec; the label
+// A horizontal slider and its value label made from a SliderSettings; the label
 // follows the slider while it is dragged.
-std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSpec &spec, QWidget *parent);
+std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSettings &settings, QWidget *parent);
 
 } // namespace tonaro

@@ -40,16 +40,16 @@ void setPointSize(QWidget *widget, double points)
 
 } // namespace
 
-std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSpec &spec, QWidget *parent)
+std::pair<QSlider *, QLabel *> makeDelaySlider(const SliderSettings &settings, QWidget *parent)
 {
-    auto *slider = named(new QSlider(Qt::Horizontal, parent), spec.name);
-    slider->setRange(spec.minimum, spec.maximum);
-    slider->setSingleStep(spec.singleStep);
-    slider->setPageStep(spec.pageStep);
-    slider->setTickInterval(spec.tickInterval);
+    auto *slider = named(new QSlider(Qt::Horizontal, parent), settings.name);
+    slider->setRange(settings.minimum, settings.maximum);
+    slider->setSingleStep(settings.singleStep);
+    slider->setPageStep(settings.pageStep);
+    slider->setTickInterval(settings.tickInterval);
     slider->setTickPosition(QSlider::TicksBelow);
-    slider->setValue(spec.startValue);
-    auto *label = named(new QLabel(QString::number(spec.startValue), parent), spec.labelName);
+    slider->setValue(settings.startValue);
+    auto *label = named(new QLabel(QString::number(settings.startValue), parent), settings.labelName);
     label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QStringLiteral("0000")) + 4);
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     QObject::connect(slider, &QSlider::valueChanged, label, [label](int value) { label->setNum(value); });

@@ -8,7 +8,7 @@
 // handlers that colour the verdict.
 namespace tonaro::panelstyle {
 
-inline constexpr SliderSpec AutoNewSlider{"sliderautonew", "sliderautonewlabel", 0, 3000, 100, 100, 250, 1250};
+inline constexpr SliderSettings AutoNewSlider{"sliderautonew", "sliderautonewlabel", 0, 3000, 100, 100, 250, 1250};
 
 inline const QColor RightColour(0, 255, 0);
 inline const QColor WrongColour(255, 0, 0);

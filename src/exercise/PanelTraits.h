@@ -3,7 +3,7 @@
 namespace tonaro {
 
 // A horizontal delay slider with its value label.
-struct SliderSpec {
+struct SliderSettings {
     const char *name;
     const char *labelName;
     int minimum;
@@ -34,7 +34,7 @@ struct PanelTraits {
     bool letterKeys = false;                 // N, R, V, S and the window's answer letters
     double showLabelPointSize = 16.5;
     const char *rightAnswersCaptionName = "Label2";
-    SliderSpec secondSlider;
+    SliderSettings secondSlider;
 };
 
 } // namespace tonaro

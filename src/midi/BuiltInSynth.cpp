@@ -1,6 +1,6 @@
 #include "BuiltInSynth.h"
 
-#include "ShortMessage.h"
+#include "MidiMessages.h"
 #include "SoundFontLocator.h"
 
 #include <fluidsynth.h>

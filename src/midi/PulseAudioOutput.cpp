@@ -132,8 +132,8 @@ bool PulseAudioOutput::connectContext()
 
 bool PulseAudioOutput::connectStream()
 {
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_settings.sampleRate), ChannelCount};
-    m_stream.reset(pa_stream_new(m_context.get(), "Built-in synthesizer", &spec, nullptr));
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_settings.sampleRate), ChannelCount};
+    m_stream.reset(pa_stream_new(m_context.get(), "Built-in synthesizer", &format, nullptr));
     if (!m_stream)
         return false;
     pa_stream_set_state_callback(m_stream.get(), &PulseAudioOutput::onStreamState, this);

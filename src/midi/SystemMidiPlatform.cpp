@@ -1,7 +1,7 @@
 #include "SystemMidiPlatform.h"
 
 #include "RtMidiPorts.h"
-#include "ShortMessage.h"
+#include "MidiMessages.h"
 
 namespace tonaro {
 

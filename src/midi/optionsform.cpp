@@ -3,6 +3,7 @@
 #include "InstrumentNames.h"
 #include "Midi_interface.h"
 #include "MidiMessages.h"
+#include "shell/Twips.h"
 
 #include <QComboBox>
 #include <QKeyEvent>
@@ -16,8 +17,6 @@ namespace tonaro {
 
 namespace {
 
-constexpr int TwipsPerPixel = 15;
-constexpr int pixels(int twips) { return (twips + TwipsPerPixel / 2) / TwipsPerPixel; }
 
 constexpr int ClientWidth = 4545;
 constexpr int ClientHeight = 3450;
@@ -140,22 +139,22 @@ void optionsform::placeControls()
     for (const Placement &place : placements) {
         auto *widget = findChild<QWidget *>(QLatin1String(place.name));
         const QSize hint = widget->sizeHint();
-        int width = pixels(place.width);
-        int height = place.height > 0 ? pixels(place.height) : hint.height();
+        int width = twipsToPixels(place.width);
+        int height = place.height > 0 ? twipsToPixels(place.height) : hint.height();
         // Captions get at least the room their text needs in the font in
         // use, so that no word is cut off whatever the desktop's font is.
         if (qobject_cast<QLabel *>(widget) || qobject_cast<QPushButton *>(widget)) {
             width = std::max(width, hint.width());
             height = std::max(height, hint.height());
         }
-        int top = pixels(place.top);
+        int top = twipsToPixels(place.top);
         // The slider keeps its own height in the middle of its box, so that
         // the tick marks stay next to the groove.
         if (qobject_cast<QSlider *>(widget)) {
             top += std::max(0, height - hint.height()) / 2;
             height = hint.height();
         }
-        widget->setGeometry(pixels(place.left), top, width, height);
+        widget->setGeometry(twipsToPixels(place.left), top, width, height);
     }
     // A caption on the same line as its control sits on the control's middle.
     for (const Caption &caption : captions) {
@@ -165,8 +164,8 @@ void optionsform::placeControls()
             label->move(label->x(), control->geometry().center().y() - label->height() / 2);
     }
     const QRect used = childrenRect();
-    setFixedSize(std::max(pixels(ClientWidth), used.right() + 1 + EdgeGap),
-                 std::max(pixels(ClientHeight), used.bottom() + 1 + EdgeGap));
+    setFixedSize(std::max(twipsToPixels(ClientWidth), used.right() + 1 + EdgeGap),
+                 std::max(twipsToPixels(ClientHeight), used.bottom() + 1 + EdgeGap));
 }
 
 void optionsform::GetOutDevs()

@@ -1,13 +1,14 @@
 #include "MDIForm1.h"
 
-#include "MessageBoxes.h"
-#include "formabout.h"
-#include "frmSplash.h"
 #include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
 #include "exercises/ExerciseRegistry.h"
+#include "formabout.h"
+#include "frmSplash.h"
+#include "MessageBoxes.h"
 #include "midi/Midi_interface.h"
 #include "midi/optionsform.h"
+#include "Twips.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -23,7 +23,6 @@ class MDIForm1 : public QMainWindow
     Q_OBJECT
 
 public:
-    static constexpr int TwipsPerPixel = 15;
     static constexpr int HeightTwips = 10050;
     static inline const QString Title = QStringLiteral("Tonaro 1.2");
 
@@ -61,7 +60,5 @@ private:
     QPointer<ExercisePanel> m_exercise;
     QPointer<QMdiSubWindow> m_subWindow;
 };
-
-constexpr int twipsToPixels(int twips) { return twips / MDIForm1::TwipsPerPixel; }
 
 } // namespace tonaro

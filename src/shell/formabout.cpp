@@ -2,6 +2,7 @@
 
 #include "ArtworkLabel.h"
 #include "LinkLabel.h"
+#include "Twips.h"
 
 #include <QGroupBox>
 #include <QLabel>
@@ -36,7 +37,7 @@ formabout::formabout(QWidget *parent)
 
     auto *frame = new QGroupBox(this);
     frame->setObjectName(QStringLiteral("Frame1"));
-    frame->setFixedSize(5655 / 15, 4215 / 15);
+    frame->setFixedSize(twipsToPixels(5655), twipsToPixels(4215));
     auto *layout = new QVBoxLayout(frame);
     layout->setSpacing(4);
     layout->addWidget(new ArtworkLabel(QSize(355, 118), frame), 0, Qt::AlignHCenter);

@@ -1,6 +1,7 @@
 #include "frmSplash.h"
 
 #include "ArtworkLabel.h"
+#include "Twips.h"
 
 #include <QGuiApplication>
 #include <QLabel>
@@ -11,7 +12,7 @@ namespace tonaro {
 
 namespace {
 
-constexpr QSize ClientSize(5280 / 15, 3420 / 15);
+constexpr QSize ClientSize(twipsToPixels(5280), twipsToPixels(3420));
 
 QLabel *textLabel(const QString &text, double points, QWidget *parent, bool italic = false)
 {

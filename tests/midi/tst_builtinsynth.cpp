@@ -3,7 +3,7 @@
 
 #include "AudioAnalysis.h"
 #include "midi/BuiltInSynth.h"
-#include "midi/ShortMessage.h"
+#include "midi/MidiMessages.h"
 #include "midi/SoundFontLocator.h"
 
 #include <QTemporaryDir>
