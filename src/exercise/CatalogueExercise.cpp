@@ -1,5 +1,7 @@
 #include "CatalogueExercise.h"
 
+#include "PlayButton.h"
+
 #include "RandomSource.h"
 #include "RootChoice.h"
 #include "midi/Midi_interface.h"
@@ -8,6 +10,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QButtonGroup>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -18,9 +21,6 @@
 namespace tonaro {
 
 namespace {
-
-constexpr QSize PlayButtonSize(22, 18);
-constexpr QSize PlayIconSize(10, 10);
 
 QString arrayName(const char *name, int index)
 {
@@ -49,22 +49,25 @@ void CatalogueExercise::buildCatalogueFrame(const CatalogueView &view)
     grid->setHorizontalSpacing(4);
     grid->setVerticalSpacing(0);
 
-    const QIcon playIcon = style()->standardIcon(QStyle::SP_MediaPlay);
+    // The answer buttons form a group for the arrow keys, as option buttons
+    // do: a keyboard user moves from answer to answer in a few presses,
+    // while Tab still runs through the rows in reading order.
+    auto *answers = new QButtonGroup(this);
+    answers->setExclusive(false);
     const int count = int(m_catalogue.size());
     for (int index = 0; index < count; ++index) {
         const CatalogueEntry &row = m_catalogue[std::size_t(index)];
         auto *check = new QCheckBox(QString::fromLatin1(row.caption), m_frame);
         check->setObjectName(arrayName(view.boxName, index));
-        auto *play = new QPushButton(m_frame);
+        auto *play = new PlayButton(m_frame);
         play->setObjectName(arrayName(view.buttonName, index));
-        play->setIcon(playIcon);
-        play->setIconSize(PlayIconSize);
-        play->setFixedSize(PlayButtonSize);
+        answers->addButton(play, index);
         const QString spoken = tr("Play %1").arg(QString::fromLatin1(row.revealName));
         play->setAccessibleName(spoken);
         play->setToolTip(spoken);
+        // Compact rows, but never lower than the box's caption in the font in use.
         if (view.rowHeight > 0)
-            check->setFixedHeight(view.rowHeight);
+            check->setFixedHeight(std::max(view.rowHeight, check->sizeHint().height()));
 
         const int column = 2 * (index / view.rowsPerColumn);
         const int line = index % view.rowsPerColumn;
@@ -84,7 +87,7 @@ void CatalogueExercise::buildCatalogueFrame(const CatalogueView &view)
         auto *button = new QPushButton(QString::fromLatin1(preset.caption), m_frame);
         button->setObjectName(QString::fromLatin1(preset.name));
         if (view.rowHeight > 0)
-            button->setFixedHeight(view.rowHeight + 2);
+            button->setFixedHeight(std::max(view.rowHeight + 2, button->sizeHint().height()));
         grid->addWidget(button, line++, 0, 1, columns);
         connect(button, &QPushButton::clicked, this, [this, &preset] { applyPreset(preset); });
     }
@@ -175,18 +178,29 @@ QRadioButton *CatalogueExercise::makeOption(const QString &caption, const char *
     return button;
 }
 
-void CatalogueExercise::stackColumn(int spacing, std::initializer_list<QObject *> parts)
+namespace {
+
+void addPart(QBoxLayout *column, QObject *part)
 {
+    if (auto *layout = qobject_cast<QLayout *>(part))
+        column->addLayout(layout);
+    else
+        column->addWidget(static_cast<QWidget *>(part));
+}
+
+} // namespace
+
+void CatalogueExercise::stackColumn(int spacing, std::initializer_list<QObject *> parts,
+                                    std::initializer_list<QObject *> underPanel)
+{
+    for (QObject *part : underPanel)
+        addPart(panelColumn(), part);
     auto *column = new QVBoxLayout(exerciseArea());
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(spacing);
     column->addWidget(m_frame);
-    for (QObject *part : parts) {
-        if (auto *layout = qobject_cast<QLayout *>(part))
-            column->addLayout(layout);
-        else
-            column->addWidget(static_cast<QWidget *>(part));
-    }
+    for (QObject *part : parts)
+        addPart(column, part);
     column->addStretch();
 }
 

@@ -78,7 +78,10 @@ protected:
     static QRadioButton *makeOption(const QString &caption, const char *name, QWidget *frame);
     // Lays out the window's column: the catalogue frame on top, then the
     // given widgets and layouts in order, then the stretch that keeps them up.
-    void stackColumn(int spacing, std::initializer_list<QObject *> parts);
+    // A window whose catalogue is long puts the rest under the panel
+    // instead, so that it keeps its designed height.
+    void stackColumn(int spacing, std::initializer_list<QObject *> parts,
+                     std::initializer_list<QObject *> underPanel = {});
 
     void playNote(int note);
     // The notes in order; withGaps waits the second slider's time after every

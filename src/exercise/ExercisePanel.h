@@ -73,6 +73,8 @@ protected:
     QWidget *exerciseArea() const { return m_exerciseArea; }
     // A full-width strip above everything, for the piano of note recognition.
     QWidget *topArea() const { return m_topArea; }
+    // The panel's column; what a window adds goes below the score.
+    QVBoxLayout *panelColumn() const { return m_panelColumn; }
 
     // The panel's steps of init: sliders and labels, test mode, Reveal and
     // Repeat disabled, Auto NEW enabled where the window does so, Answered.
@@ -137,6 +139,7 @@ private:
 
     QWidget *m_topArea;
     QWidget *m_exerciseArea;
+    QVBoxLayout *m_panelColumn = nullptr;
     QList<QWidget *> m_testOnlyControls;
     bool m_unloaded = false;
 };

@@ -2,6 +2,7 @@
 // and the area each window fills with its own controls.
 #include "ExercisePanel.h"
 
+#include "AnswerLabel.h"
 #include "PanelStyle.h"
 
 #include <QCheckBox>
@@ -71,7 +72,7 @@ void ExercisePanel::buildPanel()
     m_verdict->setMinimumHeight(m_verdict->fontMetrics().height() + 4);
     column->addWidget(m_verdict);
 
-    m_showLabel = named(new QLabel(this), "showlabel");
+    m_showLabel = named(new AnswerLabel(this), "showlabel");
     m_showLabel->setAutoFillBackground(true);
     QPalette answerPalette = m_showLabel->palette();
     answerPalette.setColor(QPalette::Window, AnswerBackground);
@@ -90,6 +91,10 @@ void ExercisePanel::buildPanel()
 
     column->addWidget(buildModeFrame());
     column->addWidget(buildScoreFrame());
+    // Below the score: whatever a window puts there, then the stretch.
+    m_panelColumn = new QVBoxLayout;
+    m_panelColumn->setSpacing(2);
+    column->addLayout(m_panelColumn);
     column->addStretch();
 
     std::tie(m_secondSlider, m_secondSliderLabel) = makeDelaySlider(m_traits.secondSlider, this);
@@ -138,7 +143,10 @@ QWidget *ExercisePanel::buildControlsFrame()
     connect(m_repeat, &QPushButton::clicked, this, [this] { Repeat_Click(); });
     connect(m_reveal, &QPushButton::clicked, this, &ExercisePanel::Reveal_Click);
     connect(m_stopNoise, &QPushButton::clicked, this, &ExercisePanel::stopnoise_Click);
-    connect(m_noAnswers, &QCheckBox::clicked, this, &ExercisePanel::noanswers_Click);
+    // The handlers of the check box and the option buttons follow their
+    // state, not the click: a screen reader's or an automation tool's toggle
+    // changes the state without clicking, and must still run them once.
+    connect(m_noAnswers, &QCheckBox::toggled, this, &ExercisePanel::noanswers_Click);
     return frame;
 }
 
@@ -152,8 +160,14 @@ QWidget *ExercisePanel::buildModeFrame()
     row->setContentsMargins(6, 2, 6, 2);
     row->addWidget(m_test);
     row->addWidget(m_noTest);
-    connect(m_test, &QRadioButton::clicked, this, &ExercisePanel::Test_Click);
-    connect(m_noTest, &QRadioButton::clicked, this, &ExercisePanel::Notest_Click);
+    connect(m_test, &QRadioButton::toggled, this, [this](bool selected) {
+        if (selected)
+            Test_Click();
+    });
+    connect(m_noTest, &QRadioButton::toggled, this, [this](bool selected) {
+        if (selected)
+            Notest_Click();
+    });
     return frame;
 }
 

@@ -156,6 +156,23 @@ void optionsform::placeControls()
         }
         widget->setGeometry(twipsToPixels(place.left), top, width, height);
     }
+    // A caption wider than its designed room, in a large font or a wide
+    // style, pushes its control and whatever stands right of it on that line
+    // further right instead of running under it.
+    for (const Caption &caption : captions) {
+        const auto *label = findChild<QLabel *>(QLatin1String(caption.name));
+        const QRect control = label->buddy()->geometry();
+        const int push = label->geometry().right() + EdgeGap - control.left();
+        const bool sameLine = label->y() <= control.bottom() && control.top() <= label->geometry().bottom();
+        if (!sameLine || push <= 0)
+            continue;
+        for (QWidget *widget : findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            const QRect place = widget->geometry();
+            if (widget != label && place.left() >= control.left() && place.top() <= control.bottom()
+                && control.top() <= place.bottom())
+                widget->move(place.left() + push, place.top());
+        }
+    }
     // A caption on the same line as its control sits on the control's middle.
     for (const Caption &caption : captions) {
         auto *label = findChild<QLabel *>(QLatin1String(caption.name));

@@ -3,6 +3,8 @@
 #include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
 #include "exercises/ExerciseRegistry.h"
+#include "BarButton.h"
+#include "ExerciseScrollArea.h"
 #include "formabout.h"
 #include "frmSplash.h"
 #include "MessageBoxes.h"
@@ -15,8 +17,11 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QScreen>
 #include <QToolBar>
 #include <QToolButton>
+#include <QWindow>
+#include <algorithm>
 
 static void initShellResources()
 {
@@ -51,7 +56,7 @@ MDIForm1::MDIForm1(const Services &services, QWidget *parent)
 
     createBar();
     createMenus();
-    resize(twipsToPixels(exerciseEntries()[0].mainWindowWidthTwips), twipsToPixels(HeightTwips));
+    resize(fittedSize(exerciseEntries()[0].mainWindowWidthTwips));
     m_services.midi.setDialogParent(this);
 }
 
@@ -66,34 +71,46 @@ void MDIForm1::createBar()
     bar->setObjectName(QStringLiteral("exercisebar"));
     bar->setMovable(false);
     bar->setFloatable(false);
-    bar->setFixedHeight(twipsToPixels(BarHeightTwips));
     bar->setContentsMargins(0, 0, 0, 0);
-    const int size = twipsToPixels(ButtonSizeTwips);
-    const int step = twipsToPixels(ButtonStepTwips);
+    const int designedSize = twipsToPixels(ButtonSizeTwips);
+    const int overlap = designedSize - twipsToPixels(ButtonStepTwips);
     const auto &entries = exerciseEntries();
     // The buttons sit at their fixed step on one strip, so that the bar's
     // own spacing never pushes the last one out of a narrow window.
     auto *strip = new QWidget(bar);
     strip->setObjectName(QStringLiteral("exercisestrip"));
-    strip->setFixedSize(step * (int(entries.size()) - 1) + size, size);
     for (int index = 0; index < int(entries.size()); ++index) {
-        auto *button = new QToolButton(strip);
+        auto *button = new BarButton(index == IntervalsButton, strip);
         button->setObjectName(QStringLiteral("botton1_%1").arg(index));
         button->setText(tr(entries[index].caption));
-        button->setIcon(QIcon(QString::fromLatin1(entries[index].icon)));
+        button->setPicture(QString::fromLatin1(entries[index].icon));
         // Room for the caption below the picture.
-        button->setIconSize(QSize(size - 26, size - 26));
+        button->setIconSize(QSize(designedSize - 26, designedSize - 26));
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-        button->setGeometry(index * step, 0, size, size);
         button->setCheckable(true);
         button->setChecked(index == 0);
-        button->setAutoRaise(index == IntervalsButton);
         button->setToolTip(tr("%1 exercise").arg(button->text()));
-        connect(button, &QToolButton::clicked, this, [this, index] { botton1_Click(index); });
+        // The state, not the click: an accessibility tool's toggle presses or
+        // releases the button without a click, and must switch all the same.
+        connect(button, &QToolButton::toggled, this, [this, index](bool pressed) {
+            if (pressed != (index == CurrentExercise))
+                botton1_Click(index);
+        });
         m_buttons[std::size_t(index)] = button;
     }
+    // Square buttons of the designed size, larger where a large font or a
+    // wide style needs more room for the longest caption.
+    QSize size(designedSize, designedSize);
+    for (const QToolButton *button : m_buttons)
+        size = size.expandedTo(button->sizeHint());
+    const int step = size.width() - overlap;
+    for (int index = 0; index < int(m_buttons.size()); ++index)
+        m_buttons[std::size_t(index)]->setGeometry(index * step, 0, size.width(), size.height());
+    strip->setFixedSize(step * (int(m_buttons.size()) - 1) + size.width(), size.height());
+    bar->setFixedHeight(twipsToPixels(BarHeightTwips) - designedSize + size.height());
     bar->addWidget(strip);
     addToolBar(Qt::TopToolBarArea, bar);
+    m_bar = bar;
 }
 
 void MDIForm1::createMenus()
@@ -111,10 +128,15 @@ void MDIForm1::MDIForm_Load()
     auto *splash = new frmSplash;
     splash->show();
     WaitMs(SplashMilliseconds, true);
+    placeOnScreen(true);
     show();
     delete splash;
     InitMidi();
     showExercise(0);
+    // The window opens in the centre of the screen, at the size its first
+    // exercise needs.
+    resize(fittedSize(exerciseEntries()[0].mainWindowWidthTwips));
+    placeOnScreen(true);
 }
 
 void MDIForm1::InitMidi()
@@ -135,14 +157,49 @@ void MDIForm1::botton1_Click(int index)
     if (index == CurrentExercise) {
         // Its toggle has just released the pressed button: press it again and
         // leave the exercise, its question and its score alone.
+        const QSignalBlocker quiet(m_buttons[std::size_t(index)]);
         m_buttons[std::size_t(index)]->setChecked(true);
         return;
     }
-    m_buttons[std::size_t(CurrentExercise)]->setChecked(false);
-    m_buttons[std::size_t(index)]->setChecked(true);
+    {
+        const QSignalBlocker quietOld(m_buttons[std::size_t(CurrentExercise)]);
+        const QSignalBlocker quietNew(m_buttons[std::size_t(index)]);
+        m_buttons[std::size_t(CurrentExercise)]->setChecked(false);
+        m_buttons[std::size_t(index)]->setChecked(true);
+    }
     CurrentExercise = std::int16_t(index);
-    resize(twipsToPixels(exerciseEntries()[std::size_t(index)].mainWindowWidthTwips), twipsToPixels(HeightTwips));
     showExercise(index);
+    resize(fittedSize(exerciseEntries()[std::size_t(index)].mainWindowWidthTwips));
+    placeOnScreen(false);
+}
+
+QSize MDIForm1::fittedSize(int widthTwips) const
+{
+    QSize size(twipsToPixels(widthTwips), twipsToPixels(HeightTwips));
+    if (m_exercise) {
+        // Above and beside the exercise: the menu, the bar, the area's frame.
+        const int frame = 2 * m_mdiArea->frameWidth();
+        const QSize around(frame, menuBar()->sizeHint().height() + m_bar->height() + frame);
+        size = size.expandedTo(m_exercise->minimumSizeHint() + around);
+    }
+    size = size.expandedTo(minimumSizeHint());
+    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    const QSize available = screen()->availableGeometry().size()
+        - QSize(frame.left() + frame.right(), frame.top() + frame.bottom());
+    return size.boundedTo(available);
+}
+
+void MDIForm1::placeOnScreen(bool centre)
+{
+    const QRect area = screen()->availableGeometry();
+    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    QRect outer(pos(), size().grownBy(frame));
+    if (centre)
+        outer.moveCenter(area.center());
+    // Wholly on the screen, the title bar first where it cannot all fit.
+    outer.moveLeft(std::max(area.left(), std::min(outer.left(), area.right() + 1 - outer.width())));
+    outer.moveTop(std::max(area.top(), std::min(outer.top(), area.bottom() + 1 - outer.height())));
+    move(outer.topLeft());
 }
 
 void MDIForm1::showExercise(int index)
@@ -152,7 +209,7 @@ void MDIForm1::showExercise(int index)
     unloadExercise();
     const ExerciseEntry &entry = exerciseEntries()[std::size_t(index)];
     m_exercise = entry.create(m_services, nullptr);
-    m_subWindow = m_mdiArea->addSubWindow(m_exercise, Qt::SubWindow | Qt::FramelessWindowHint);
+    m_subWindow = m_mdiArea->addSubWindow(new ExerciseScrollArea(m_exercise), Qt::SubWindow | Qt::FramelessWindowHint);
     m_subWindow->setObjectName(QStringLiteral("subwindow"));
     m_subWindow->setWindowTitle(m_exercise->windowTitle());
     m_subWindow->showMaximized();

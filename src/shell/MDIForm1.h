@@ -53,9 +53,15 @@ private:
     void createMenus();
     void showExercise(int index);
     void unloadExercise();
+    // The designed size for an exercise of this width, grown where its
+    // controls need more room, shrunk to the screen's available area.
+    QSize fittedSize(int widthTwips) const;
+    // Moves the window wholly onto its screen, into the centre if asked.
+    void placeOnScreen(bool centre);
 
     Services m_services;
     QMdiArea *m_mdiArea;
+    QWidget *m_bar = nullptr;
     std::array<QToolButton *, 5> m_buttons{};
     QPointer<ExercisePanel> m_exercise;
     QPointer<QMdiSubWindow> m_subWindow;

@@ -40,7 +40,7 @@ formabout::formabout(QWidget *parent)
     frame->setFixedSize(twipsToPixels(5655), twipsToPixels(4215));
     auto *layout = new QVBoxLayout(frame);
     layout->setSpacing(4);
-    layout->addWidget(new ArtworkLabel(QSize(355, 118), frame), 0, Qt::AlignHCenter);
+    layout->addWidget(new ArtworkLabel(QSize(355, 135), frame), 0, Qt::AlignHCenter);
     layout->addWidget(arialLabel(tr("Tonaro ear trainer"), 14.25, frame));
     layout->addWidget(arialLabel(tr("Release 1.2 01   21/01/2006"), 8.25, frame));
     layout->addWidget(arialLabel(tr("Written by the Tonaro developers"), 8.25, frame));

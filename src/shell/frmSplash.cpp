@@ -13,6 +13,7 @@ namespace tonaro {
 namespace {
 
 constexpr QSize ClientSize(twipsToPixels(5280), twipsToPixels(3420));
+constexpr QSize PictureSize(353, 175);
 
 QLabel *textLabel(const QString &text, double points, QWidget *parent, bool italic = false)
 {
@@ -31,16 +32,15 @@ frmSplash::frmSplash(QWidget *parent)
     : QWidget(parent, Qt::SplashScreen | Qt::FramelessWindowHint)
 {
     setObjectName(QStringLiteral("frmSplash"));
-    setFixedSize(ClientSize);
     setAutoFillBackground(true);
     QPalette palette = this->palette();
     palette.setColor(QPalette::Window, QColor(250, 250, 246));
     setPalette(palette);
 
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(8, 8, 8, 8);
-    layout->setSpacing(2);
-    layout->addWidget(new ArtworkLabel(QSize(ClientSize.width() - 16, 104), this));
+    layout->setContentsMargins(0, 0, 0, 4);
+    layout->setSpacing(0);
+    layout->addWidget(new ArtworkLabel(PictureSize, this), 0, Qt::AlignHCenter);
 
     auto *title = new QHBoxLayout;
     title->addStretch();
@@ -52,6 +52,8 @@ frmSplash::frmSplash(QWidget *parent)
     layout->addWidget(textLabel(tr("2006-2026 The Tonaro developers"), 8.25, this));
     layout->addWidget(textLabel(tr("\"Your faithful partner for your aural practice!\""), 8.25, this, true));
 
+    // The designed size, or what the picture and the text need in a larger font.
+    setFixedSize(ClientSize.expandedTo(layout->sizeHint()));
     if (const QScreen *screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
 }

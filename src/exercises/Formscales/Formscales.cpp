@@ -33,7 +33,8 @@ Formscales::Formscales(const Services &services, QWidget *parent)
 
     QGroupBox *gap = makeSliderFrame(tr("Intervals [ms]"), false);
 
-    stackColumn(2, {gap, makeRootRow("Label2")});
+    // Eighteen rows of answer buttons fill the catalogue's column.
+    stackColumn(2, {}, {gap, makeRootRow("Label2")});
 }
 
 void Formscales::init()

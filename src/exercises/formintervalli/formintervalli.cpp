@@ -44,7 +44,7 @@ formintervalli::formintervalli(const Services &services, QWidget *parent)
     // Both notes at once have no gap to set; the slider keeps its value.
     connect(m_together, &QRadioButton::toggled, gap, [gap](bool checked) { gap->setEnabled(!checked); });
 
-    stackColumn(2, {direction, gap, makeRootRow("Label9")});
+    stackColumn(2, {direction, gap}, {makeRootRow("Label9")});
 }
 
 void formintervalli::init()
