@@ -15,7 +15,7 @@ packages=(
     libfluidsynth-dev librtmidi-dev libpulse-dev
     timgm6mb-soundfont qt6-qpa-plugins
 )
-test_packages=(pulseaudio pulseaudio-utils desktop-file-utils appstream dpkg-dev file adwaita-qt6)
+test_packages=(pulseaudio pulseaudio-utils desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils)
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi
 

@@ -1,6 +1,7 @@
 #include "exercise/RandomSource.h"
 #include "midi/Midi_interface.h"
 #include "midi/SystemMidiPlatform.h"
+#include "shell/ApplicationIdentity.h"
 #include "shell/MDIForm1.h"
 #include "shell/MessageBoxes.h"
 
@@ -9,9 +10,7 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("tonaro12"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Tonaro 1.2"));
-    QApplication::setDesktopFileName(QStringLiteral("tonaro"));
+    tonaro::nameApplication();
 
     // The platform starts loading the synthesizer's sounds at once, while
     // the splash window shows.

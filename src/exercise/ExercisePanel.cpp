@@ -7,9 +7,11 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMetaMethod>
 #include <QPushButton>
 #include <QRadioButton>
@@ -259,6 +261,10 @@ bool ExercisePanel::eventFilter(QObject *watched, QEvent *event)
     if (target != this && !isAncestorOf(target))
         return false;
     if (QApplication::activeModalWidget() || QApplication::activePopupWidget())
+        return false;
+    // A field the user types text into keeps its letters.
+    const auto *combo = qobject_cast<QComboBox *>(target);
+    if (qobject_cast<QLineEdit *>(target) || (combo && combo->isEditable()))
         return false;
     const auto *key = static_cast<QKeyEvent *>(event);
     const bool ctrlAlone = key->modifiers() == Qt::ControlModifier;

@@ -7,6 +7,7 @@
 #include "ExerciseScrollArea.h"
 #include "formabout.h"
 #include "frmSplash.h"
+#include "MenuBarKeys.h"
 #include "MessageBoxes.h"
 #include "midi/Midi_interface.h"
 #include "midi/optionsform.h"
@@ -115,12 +116,29 @@ void MDIForm1::createBar()
 
 void MDIForm1::createMenus()
 {
-    QAction *options = menuBar()->addAction(tr("&Options"));
+    // No mnemonics: in note recognition Alt with a letter answers that
+    // letter. Alt pressed alone reaches the entries instead.
+    auto *keys = new MenuBarKeys;
+    keys->setParent(menuBar());
+    menuBar()->setStyle(keys);
+    QAction *options = menuBar()->addAction(tr("Options"));
     options->setObjectName(QStringLiteral("optionmnu"));
     connect(options, &QAction::triggered, this, &MDIForm1::optionmnu_Click);
-    QAction *about = menuBar()->addAction(tr("&About"));
+    QAction *about = menuBar()->addAction(tr("About"));
     about->setObjectName(QStringLiteral("aboutmnu"));
     connect(about, &QAction::triggered, this, &MDIForm1::aboutmnu_Click);
+
+    // After its dialog has closed, the menu bar gives the focus back to the
+    // control that had it before the menu was entered, so that the letter
+    // keys and Tab go on from there.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {
+        if (now && now != menuBar() && isAncestorOf(now))
+            m_focusBeforeMenu = now;
+    });
+    connect(menuBar(), &QMenuBar::triggered, this, [this] {
+        if (m_focusBeforeMenu)
+            m_focusBeforeMenu->setFocus(Qt::OtherFocusReason);
+    });
 }
 
 void MDIForm1::MDIForm_Load()

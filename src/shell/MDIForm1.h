@@ -65,6 +65,7 @@ private:
     std::array<QToolButton *, 5> m_buttons{};
     QPointer<ExercisePanel> m_exercise;
     QPointer<QMdiSubWindow> m_subWindow;
+    QPointer<QWidget> m_focusBeforeMenu;
 };
 
 } // namespace tonaro

@@ -3,6 +3,7 @@
 #include "ArtworkLabel.h"
 #include "LinkLabel.h"
 #include "Twips.h"
+#include "UserManual.h"
 
 #include <QGroupBox>
 #include <QLabel>
@@ -46,11 +47,12 @@ formabout::formabout(QWidget *parent)
     layout->addWidget(arialLabel(tr("Written by the Tonaro developers"), 8.25, frame));
     layout->addWidget(arialLabel(tr("Sound by FluidSynth and a General MIDI SoundFont"), 8.25, frame));
 
-    // The hyperlink label: the desktop's browser opens the address.
-    auto *link = new LinkLabel(WebAddress, frame);
+    // The hyperlink label: the desktop's browser opens the user manual.
+    const QString address = userManualUrl().toString();
+    auto *link = new LinkLabel(address, frame);
     styleAsArial(link, 8.25);
     link->setObjectName(QStringLiteral("FreeLink1"));
-    link->setAccessibleName(tr("Web address %1").arg(WebAddress));
+    link->setAccessibleName(tr("User manual %1").arg(address));
     layout->addWidget(link);
     layout->addStretch();
 

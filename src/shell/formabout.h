@@ -4,13 +4,12 @@
 
 namespace tonaro {
 
-// The about box: artwork, name, release, credits and the web address.
+// The about box: artwork, name, release, credits and the address of the
+// user manual.
 class formabout : public QDialog
 {
     Q_OBJECT
 public:
-    static inline const QString WebAddress = QStringLiteral("https://tonaro.example.org/");
-
     explicit formabout(QWidget *parent = nullptr);
 };
 

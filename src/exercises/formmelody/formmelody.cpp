@@ -174,6 +174,9 @@ QWidget *formmelody::buildCountRow()
     label->setObjectName(QStringLiteral("nnoteslabel"));
     m_nnotesCombo = new QComboBox(row);
     m_nnotesCombo->setObjectName(QStringLiteral("nnotescombo"));
+    // The user may also type a number; what is typed is never added to the list.
+    m_nnotesCombo->setEditable(true);
+    m_nnotesCombo->setInsertPolicy(QComboBox::NoInsert);
     for (int n = 1; n <= melody::MaxNotes; ++n)
         m_nnotesCombo->addItem(QString::number(n));
     label->setBuddy(m_nnotesCombo);
@@ -220,6 +223,12 @@ void formmelody::nnotescombo_Click()
     m_secondSliderLabel->setEnabled(several);
 }
 
+int formmelody::chosenItem() const
+{
+    // Typed text that is no item leaves the box without a choice (-1).
+    return m_nnotesCombo->findText(m_nnotesCombo->currentText(), Qt::MatchExactly);
+}
+
 void formmelody::playNote(int note)
 {
     m_services.midi.NoteOn(m_services.midi.MidiChannel, std::int16_t(melody::playableNote(note)),
@@ -228,7 +237,7 @@ void formmelody::playNote(int note)
 
 void formmelody::New_Click()
 {
-    m_question.nnotes = std::int16_t(m_nnotesCombo->currentIndex() + 1);
+    m_question.nnotes = std::int16_t(chosenItem() + 1);
     // A new question starts with no keys counted.
     m_question.nclicks = 0;
     // The count is taken once: a New clicked during a gap asks its own

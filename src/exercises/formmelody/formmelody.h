@@ -42,6 +42,7 @@ private:
     QGroupBox *buildOctavesFrame();
     QWidget *buildCountRow();
     QGroupBox *buildDelayFrame();
+    int chosenItem() const;
     void playNote(int note);
     void tickPresets(unsigned notes, unsigned octaves);
 
