@@ -208,12 +208,13 @@ private slots:
         QTest::addColumn<Ints>("question");
         QTest::addColumn<Ints>("after");   // practised with the list on item 1
         QTest::addColumn<Ints>("repeated");
-        QTest::newRow("intervals") << "formintervalli" << 12 << Ints{71, 72} << Ints{71, 71} << Ints{71, 72} << Ints{71, 71};
-        QTest::newRow("chords") << "Formchords" << 12 << Ints{71, 74, 78} << Ints{59, 63, 66} << Ints{59, 62, 66} << Ints{59, 63, 66};
+        QTest::addColumn<QString>("revealed");
+        QTest::newRow("intervals") << "formintervalli" << 12 << Ints{71, 72} << Ints{71, 71} << Ints{71, 72} << Ints{71, 71} << "Unison";
+        QTest::newRow("chords") << "Formchords" << 12 << Ints{71, 74, 78} << Ints{59, 63, 66} << Ints{59, 62, 66} << Ints{59, 63, 66} << "B maj";
         QTest::newRow("scales") << "Formscales" << 12 << Ints{71, 73, 74, 76, 78, 79, 81, 83} << Ints{59, 61, 63, 64, 66, 68, 70, 71}
-                                << Ints{59, 61, 62, 64, 66, 67, 69, 71} << Ints{59, 61, 63, 64, 66, 68, 70, 71};
+                                << Ints{59, 61, 62, 64, 66, 67, 69, 71} << Ints{59, 61, 63, 64, 66, 68, 70, 71} << "B major";
         QTest::newRow("harmony") << "formarmonia" << 11 << Ints{61, 64, 68, 49} << Ints{59, 63, 66, 47} << Ints{62, 65, 69, 50}
-                                 << Ints{62, 65, 69, 50};
+                                 << Ints{62, 65, 69, 50} << "D min (II)";
     }
     void practiceRoot()
     {
@@ -234,6 +235,8 @@ private slots:
         p.clearRecords();
         p.press("Repeat");
         QTEST(p.played(), "repeated");
+        p.press("Reveal");
+        QTEST(p.text("showlabel"), "revealed");
     }
 
     // Which waits let a click through while they run: a click posted before
