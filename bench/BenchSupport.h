@@ -7,7 +7,8 @@
 #include "exercise/RandomSource.h"
 #include "exercise/Services.h"
 #include "midi/Midi_interface.h"
-#include "midi/RecordingMidiPlatform.h"
+#include "RecordingMidiPlatform.h"
+#include "RecordingMessageBoxes.h"
 #include "shell/MessageBoxes.h"
 
 #include <QAbstractButton>

@@ -217,9 +217,9 @@ int CatalogueExercise::practiceRoot(int questionRoot)
 
 QGroupBox *CatalogueExercise::makeSliderFrame(const QString &caption, bool labelBelow)
 {
-    m_sliderFrame = new QGroupBox(caption, exerciseArea());
-    m_sliderFrame->setObjectName(QStringLiteral("Frame3"));
-    auto *grid = new QGridLayout(m_sliderFrame);
+    auto *frame = new QGroupBox(caption, exerciseArea());
+    frame->setObjectName(QStringLiteral("Frame3"));
+    auto *grid = new QGridLayout(frame);
     grid->setContentsMargins(6, 2, 6, 4);
     grid->setSpacing(2);
     grid->addWidget(m_secondSlider, 0, 0);
@@ -229,7 +229,7 @@ QGroupBox *CatalogueExercise::makeSliderFrame(const QString &caption, bool label
     } else {
         grid->addWidget(m_secondSliderLabel, 0, 1);
     }
-    return m_sliderFrame;
+    return frame;
 }
 
 void CatalogueExercise::playNote(int note)

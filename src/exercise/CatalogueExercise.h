@@ -53,7 +53,6 @@ protected:
     virtual int questionIndex() const = 0;
 
     const CatalogueEntry &entry(int index) const { return m_catalogue[std::size_t(index)]; }
-    QGroupBox *catalogueFrame() const { return m_frame; }
     QCheckBox *box(int index) const { return m_boxes[std::size_t(index)]; }
     std::vector<int> tickedEntries() const;
     void applyPreset(const CataloguePreset &preset);
@@ -73,7 +72,6 @@ protected:
 
     // Frame3, holding the second slider and its value label.
     QGroupBox *makeSliderFrame(const QString &caption, bool labelBelow);
-    QGroupBox *sliderFrame() const { return m_sliderFrame; }
 
     static QRadioButton *makeOption(const QString &caption, const char *name, QWidget *frame);
     // Lays out the window's column: the catalogue frame on top, then the
@@ -96,7 +94,6 @@ private:
     std::span<const CataloguePreset> m_presets;
     std::vector<QCheckBox *> m_boxes;
     QGroupBox *m_frame = nullptr;
-    QGroupBox *m_sliderFrame = nullptr;
     QComboBox *m_rootList = nullptr;
 };
 

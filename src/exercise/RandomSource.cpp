@@ -25,18 +25,4 @@ double ClockRandomSource::draw()
     return double(value >> 11) * 0x1.0p-53; // 53 random bits: 0 <= r < 1
 }
 
-double ScriptedRandomSource::draw()
-{
-    ++m_draws;
-    if (m_next >= m_values.size())
-        return 0.0;
-    return m_values[m_next++];
-}
-
-void ScriptedRandomSource::script(std::vector<double> values)
-{
-    m_values = std::move(values);
-    m_next = 0;
-}
-
 } // namespace tonaro

@@ -12,7 +12,7 @@ using Call = RecordingMidiPlatform::Call;
 
 namespace {
 
-const QString Refusal = Midi_interface::RefusalText;
+const QString Refusal = QStringLiteral("You must open the MIDI device first");
 const QStringList TwoPorts{"Built-in synthesizer", "USB Keys"};
 // What closing sends after start-up when nothing was changed.
 const QStringList PlainRestart{"Close", "Open 0", "Send B0 00 00", "Send B0 20 00", "Send C0 18 00"};
@@ -166,7 +166,7 @@ private slots:
         s.platform.setDeviceNames({TwoPorts.front()});
         s.platform.failNext(Call::Open, toCode(result));
         closeDialog(dialog, Closing::Ok);
-        QCOMPARE(s.boxes.texts(), (QStringList{"Operation:Open\r\n" + s.platform.errorText(toCode(result)), Refusal, Refusal, Refusal}));
+        QCOMPARE(s.boxes.texts(), (QStringList{QStringLiteral("Operation:Open\r\nfault %1").arg(toCode(result)), Refusal, Refusal, Refusal}));
         QCOMPARE(portCalls(s.platform), (QStringList{"Close", QStringLiteral("Open %1 failed").arg(device)}));
         QVERIFY(!s.midi.MidiPortOpen && !s.platform.isOpen());
         // The list read afresh no longer holds the unplugged port.

@@ -2,9 +2,11 @@
 
 #include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
-#include "midi/MidiMessages.h"
+#include "shell/MessageBoxes.h"
 #include "shell/MDIForm1.h"
 
+#include <QMessageBox>
+#include <QPushButton>
 #include <QToolButton>
 
 using namespace tonaro;
@@ -50,9 +52,9 @@ private slots:
         QCOMPARE(s.midi.MidiVolume, 100);
         const auto sent = s.platform.sent();
         QVERIFY(sent.size() >= 3);
-        QCOMPARE(sent[0].message, midi::packShortMessage(0xB0, 0, 0));
-        QCOMPARE(sent[1].message, midi::packShortMessage(0xB0, 32, 0));
-        QCOMPARE(sent[2].message, midi::packShortMessage(0xC0, 24, 0));
+        QCOMPARE(sent[0].message, 0x0000B0u);
+        QCOMPARE(sent[1].message, 0x0020B0u);
+        QCOMPARE(sent[2].message, 0x0018C0u);
         QVERIFY(s.boxes.boxes().empty());
     }
 
@@ -103,6 +105,7 @@ private slots:
         QCOMPARE(s.boxes.boxes().size(), std::size_t(1));
         QVERIFY(s.boxes.boxes().front().isQuestion);
         QCOMPARE(s.boxes.boxes().front().text, "Exit from Tonaro 1.2?");
+        QCOMPARE(s.boxes.boxes().front().title, "Tonaro 1.2");
         QCOMPARE(s.window.isVisible(), !yes);
         QCOMPARE(s.midi.MidiPortOpen, !yes);
         QCOMPARE(s.platform.isOpen(), !yes);
@@ -111,6 +114,34 @@ private slots:
             QCOMPARE(s.window.exerciseWindow(), exercise);
             QVERIFY(s.platform.records().empty());
         }
+    }
+
+    // The boxes the program shows for real: the message box titled
+    // "tonaro12" with OK alone and no icon, the exit question with Yes as
+    // its default and the exclamation icon.
+    void realMessageBoxes()
+    {
+        QtMessageBoxes boxes;
+        QStringList seen;
+        const auto inspect = [&](QMessageBox::StandardButton press) {
+            QTimer::singleShot(0, [&seen, press] {
+                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                QVERIFY(box);
+                seen << QStringLiteral("%1|%2|%3|%4|%5").arg(box->windowTitle(), box->text()).arg(int(box->icon()))
+                            .arg(int(box->standardButtons())).arg(box->defaultButton() ? int(box->standardButton(box->defaultButton())) : 0);
+                box->button(press)->click();
+            });
+        };
+        inspect(QMessageBox::Ok);
+        boxes.message(nullptr, "You must open the MIDI device first");
+        inspect(QMessageBox::No);
+        QCOMPARE(boxes.question(nullptr, "Tonaro 1.2", "Exit from Tonaro 1.2?"), false);
+        inspect(QMessageBox::Yes);
+        QCOMPARE(boxes.question(nullptr, "Tonaro 1.2", "Exit from Tonaro 1.2?"), true);
+        const QString ok = QString::number(QMessageBox::Ok), yesNo = QString::number(QMessageBox::Yes | QMessageBox::No);
+        QCOMPARE(seen, QStringList({"tonaro12|You must open the MIDI device first|0|" + ok + "|0",
+                                    "Tonaro 1.2|Exit from Tonaro 1.2?|2|" + yesNo + "|" + QString::number(QMessageBox::Yes),
+                                    "Tonaro 1.2|Exit from Tonaro 1.2?|2|" + yesNo + "|" + QString::number(QMessageBox::Yes)}));
     }
 };
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "exercise/RandomSource.h"
+#include "ScriptedRandomSource.h"
 #include "exercise/Services.h"
 #include "midi/Midi_interface.h"
-#include "midi/RecordingMidiPlatform.h"
+#include "RecordingMidiPlatform.h"
+#include "RecordingMessageBoxes.h"
 #include "shell/MessageBoxes.h"
 
 #include <QCheckBox>

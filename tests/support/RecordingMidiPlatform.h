@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MidiPlatform.h"
+#include "midi/MidiPlatform.h"
 
 #include <QStringList>
 #include <chrono>
@@ -36,6 +36,8 @@ public:
     int open(MidiHandle *handle, std::int32_t deviceId) override;
     int close(MidiHandle handle) override;
     int sendShortMessage(MidiHandle handle, std::uint32_t message) override;
+    // "fault <code>": the boxes show the text the platform gives.
+    QString errorText(int code) override { return QStringLiteral("fault %1").arg(code); }
 
     // Every later call of this kind fails with code (0 lifts the failure).
     void setFailure(Call call, int code);

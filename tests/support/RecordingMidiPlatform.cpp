@@ -1,6 +1,6 @@
 #include "RecordingMidiPlatform.h"
 
-#include "MidiMessages.h"
+#include "midi/MidiMessages.h"
 
 namespace tonaro {
 
@@ -104,7 +104,7 @@ std::vector<RecordingMidiPlatform::Record> RecordingMidiPlatform::notesOn() cons
 {
     std::vector<Record> result;
     for (const Record &r : sent()) {
-        if ((r.status() & 0xF0) == midi::NoteOnStatus)
+        if ((r.status() & 0xF0) == 0x90)
             result.push_back(r);
     }
     return result;

@@ -1,0 +1,35 @@
+#include "RecordingMessageBoxes.h"
+
+#include <algorithm>
+
+namespace tonaro {
+
+void RecordingMessageBoxes::message(QWidget *, const QString &text)
+{
+    m_boxes.push_back({ApplicationTitle, text, false});
+}
+
+bool RecordingMessageBoxes::question(QWidget *, const QString &title, const QString &text)
+{
+    m_boxes.push_back({title, text, true});
+    if (m_answers.empty())
+        return true;
+    const bool answer = m_answers.front();
+    m_answers.erase(m_answers.begin());
+    return answer;
+}
+
+QStringList RecordingMessageBoxes::texts() const
+{
+    QStringList result;
+    for (const Box &box : m_boxes)
+        result << box.text;
+    return result;
+}
+
+int RecordingMessageBoxes::count(const QString &text) const
+{
+    return int(std::count_if(m_boxes.begin(), m_boxes.end(), [&](const Box &b) { return b.text == text; }));
+}
+
+} // namespace tonaro
