@@ -2,10 +2,10 @@
 // server and its _NET_WM_NAME and WM_NAME are read back with xprop, so that
 // whatever the toolkit adds to a title on its way to the window system is
 // seen too. Runs under xvfb-run (tests/CMakeLists.txt).
-#include "exercise/RandomSource.h"
+#include "ScriptedRandomSource.h"
 #include "exercise/Services.h"
 #include "midi/Midi_interface.h"
-#include "midi/RecordingMidiPlatform.h"
+#include "RecordingMidiPlatform.h"
 #include "shell/ApplicationIdentity.h"
 #include "shell/MDIForm1.h"
 #include "shell/MessageBoxes.h"
