@@ -34,6 +34,8 @@ Formscales::Formscales(const Services &services, QWidget *parent)
     QGroupBox *gap = makeSliderFrame(tr("Intervals [ms]"), false);
 
     stackColumn(2, {gap, makeRootRow("Label2")});
+    readPlayedNotesAs(PlayedAnswer::Gesture::RisingOctave,
+                      [](std::span<const int> notes) { return played::scaleOf(notes, ScaleCatalogue); });
 }
 
 void Formscales::init()

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+typedef struct _jack_client jack_client_t;
+
+namespace tonaro {
+
+// A JACK server that is already running, reached without ever starting one:
+// RtMidi's JACK code must not be touched unless this says a server is
+// there. Before a client is tried, the server's socket has to exist, so a
+// machine without JACK costs one look at a folder and leaves no file behind.
+class JackServer
+{
+public:
+    JackServer();
+    ~JackServer();
+    JackServer(const JackServer &) = delete;
+    JackServer &operator=(const JackServer &) = delete;
+
+    // Connects when a server runs and notices one that went away. True while
+    // a server is there.
+    bool running();
+    // The MIDI outputs of the server's other clients, "client:port" each.
+    std::vector<std::string> midiSources() const;
+
+    // Where jackd puts the socket of the server that clients of this
+    // process talk to (JACK_DEFAULT_SERVER, or "default").
+    static std::string socketPath();
+
+private:
+    void disconnect();
+    static void shutDown(void *self);
+
+    jack_client_t *m_client = nullptr;
+    std::atomic<bool> m_gone{false};
+};
+
+} // namespace tonaro
