@@ -17,6 +17,8 @@
 
 #include <sys/prctl.h>
 
+#include <csignal>
+
 namespace tonaro::test {
 
 class PrivateJackServer
