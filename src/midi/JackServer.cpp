@@ -4,6 +4,7 @@
 #include <jack/jack.h>
 #include <jack/midiport.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,7 +32,7 @@ JackServer::JackServer()
 
 JackServer::~JackServer()
 {
-    disconnect();
+    close();
 }
 
 std::string JackServer::socketPath()
@@ -45,7 +46,7 @@ void JackServer::shutDown(void *self)
     static_cast<JackServer *>(self)->m_gone = true;
 }
 
-void JackServer::disconnect()
+void JackServer::close()
 {
     if (!m_client)
         return;
@@ -58,7 +59,7 @@ bool JackServer::running()
     struct stat info{};
     const bool socketThere = stat(socketPath().c_str(), &info) == 0 && S_ISSOCK(info.st_mode);
     if (m_client && (m_gone || !socketThere))
-        disconnect();
+        close();
     if (!m_client && socketThere) {
         m_gone = false;
         jack_status_t status{};
@@ -71,10 +72,34 @@ bool JackServer::running()
 
 std::vector<std::string> JackServer::midiSources() const
 {
+    return midiPorts(JackPortIsOutput);
+}
+
+std::vector<std::string> JackServer::midiInputs() const
+{
+    return midiPorts(JackPortIsInput);
+}
+
+bool JackServer::connect(const std::string &source, const std::string &input)
+{
+    if (!m_client || m_gone)
+        return false;
+    const int result = jack_connect(m_client, source.c_str(), input.c_str());
+    return result == 0 || result == EEXIST;
+}
+
+void JackServer::disconnect(const std::string &source, const std::string &input)
+{
+    if (m_client && !m_gone)
+        jack_disconnect(m_client, source.c_str(), input.c_str());
+}
+
+std::vector<std::string> JackServer::midiPorts(unsigned long flags) const
+{
     std::vector<std::string> names;
     if (!m_client || m_gone)
         return names;
-    const char **ports = jack_get_ports(m_client, nullptr, JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput);
+    const char **ports = jack_get_ports(m_client, nullptr, JACK_DEFAULT_MIDI_TYPE, flags);
     if (!ports)
         return names;
     for (const char **port = ports; *port; ++port)

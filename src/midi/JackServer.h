@@ -23,15 +23,22 @@ public:
     // Connects when a server runs and notices one that went away. True while
     // a server is there.
     bool running();
-    // The MIDI outputs of the server's other clients, "client:port" each.
+    // The MIDI outputs of the server's clients, "client:port" each.
     std::vector<std::string> midiSources() const;
+    // The MIDI inputs, the program's own among them.
+    std::vector<std::string> midiInputs() const;
+    // Connects a source to an input (true when they are connected after), or
+    // takes the connection away.
+    bool connect(const std::string &source, const std::string &input);
+    void disconnect(const std::string &source, const std::string &input);
 
     // Where jackd puts the socket of the server that clients of this
     // process talk to (JACK_DEFAULT_SERVER, or "default").
     static std::string socketPath();
 
 private:
-    void disconnect();
+    void close();
+    std::vector<std::string> midiPorts(unsigned long flags) const;
     static void shutDown(void *self);
 
     jack_client_t *m_client = nullptr;

@@ -40,6 +40,7 @@ RtMidiInput::~RtMidiInput()
     // The inputs go before the clients that found them.
     m_open.clear();
     m_ownPort.reset();
+    m_jackPort.reset();
 }
 
 bool RtMidiInput::alsaThere()
@@ -56,40 +57,76 @@ void RtMidiInput::refresh()
     if (m_outputsInUse)
         sources.outputsInUse = m_outputsInUse();
     sources.alsaRead = alsaThere();
-    const bool jack = m_jack->running();
-
-    // The program's own port lives on the ALSA sequencer, on JACK where
-    // there is no sequencer; it is made first so that it keeps its plain name.
-    if (m_ownPort && m_ownPortService == MidiInputPort::Service::Jack && (!jack || sources.alsaRead))
-        m_ownPort.reset();
-    if (!m_ownPort && (sources.alsaRead || jack)) {
-        m_ownPortService = sources.alsaRead ? MidiInputPort::Service::Alsa : MidiInputPort::Service::Jack;
-        m_ownPort = MidiInputPort::openOwn(m_ownPortService, OwnPortName, *this);
-    }
-
-    refreshService(MidiInputPort::Service::Alsa,
-                   sources.alsaRead ? MidiInputPort::listedSources(*m_alsaLister) : std::vector<std::string>(), sources);
-    // A JACK server that went away takes its inputs with it.
-    refreshService(MidiInputPort::Service::Jack, jack ? m_jack->midiSources() : std::vector<std::string>(), sources);
+    refreshAlsa(sources);
+    refreshJack(sources);
 }
 
-void RtMidiInput::refreshService(MidiInputPort::Service service, const std::vector<std::string> &listed,
-                                 const MidiInputSources &sources)
+void RtMidiInput::refreshAlsa(const MidiInputSources &sources)
 {
-    const std::string prefix = keyOf(service, {});
+    if (!sources.alsaRead)
+        return;
+    if (!m_ownPort)
+        m_ownPort = MidiInputPort::openOwn(MidiInputPort::Service::Alsa, OwnPortName, *this);
+    const std::vector<std::string> listed = MidiInputPort::listedSources(*m_alsaLister);
+    const std::string prefix = keyOf(MidiInputPort::Service::Alsa, {});
     for (auto open = m_open.begin(); open != m_open.end();) {
-        const bool ours = open->first.compare(0, prefix.size(), prefix) == 0;
         const std::string source = open->first.substr(prefix.size());
-        const bool stays = !ours || (std::find(listed.begin(), listed.end(), source) != listed.end() && sources.wanted(source));
+        const bool stays = std::find(listed.begin(), listed.end(), source) != listed.end() && sources.wanted(source);
         open = stays ? std::next(open) : m_open.erase(open);
     }
     for (const std::string &source : listed) {
-        const std::string key = keyOf(service, source);
+        const std::string key = keyOf(MidiInputPort::Service::Alsa, source);
         if (m_open.count(key) || !sources.wanted(source))
             continue;
-        if (auto port = MidiInputPort::open(service, source, *this))
+        if (auto port = MidiInputPort::open(MidiInputPort::Service::Alsa, source, *this))
             m_open.emplace(key, std::move(port));
     }
+}
+
+void RtMidiInput::openJackPort()
+{
+    // RtMidi does not say under which client name JACK registered the port;
+    // it is the one input that was not there before.
+    const std::vector<std::string> before = m_jack->midiInputs();
+    m_jackPort = MidiInputPort::openOwn(MidiInputPort::Service::Jack, OwnPortName, *this);
+    if (!m_jackPort)
+        return;
+    const std::string suffix = ":" + OwnPortName;
+    for (const std::string &name : m_jack->midiInputs()) {
+        const bool ours = name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0;
+        if (ours && std::find(before.begin(), before.end(), name) == before.end())
+            m_jackPortName = name;
+    }
+}
+
+void RtMidiInput::refreshJack(const MidiInputSources &sources)
+{
+    // A JACK server that went away takes the port and its connections with it.
+    if (!m_jack->running()) {
+        m_jackConnected.clear();
+        m_jackPort.reset();
+        m_jackPortName.clear();
+        return;
+    }
+    if (!m_jackPort)
+        openJackPort();
+    if (m_jackPortName.empty())
+        return;
+    const std::vector<std::string> listed = m_jack->midiSources();
+    std::vector<std::string> connected;
+    for (const std::string &source : m_jackConnected) {
+        const bool there = std::find(listed.begin(), listed.end(), source) != listed.end();
+        if (there && sources.wanted(source))
+            connected.push_back(source);
+        else if (there)
+            m_jack->disconnect(source, m_jackPortName);
+    }
+    for (const std::string &source : listed) {
+        if (sources.wanted(source) && std::find(connected.begin(), connected.end(), source) == connected.end()
+            && m_jack->connect(source, m_jackPortName))
+            connected.push_back(source);
+    }
+    m_jackConnected = std::move(connected);
 }
 
 std::vector<std::string> RtMidiInput::openSources() const
@@ -97,6 +134,8 @@ std::vector<std::string> RtMidiInput::openSources() const
     std::vector<std::string> keys;
     for (const auto &[key, port] : m_open)
         keys.push_back(key);
+    for (const std::string &source : m_jackConnected)
+        keys.push_back(keyOf(MidiInputPort::Service::Jack, source));
     return keys;
 }
 

@@ -18,9 +18,11 @@ class JackServer;
 struct MidiInputSources;
 
 // The program's MIDI input, with no setup: every input port of the ALSA
-// sequencer, and of JACK when a JACK server is already running, is opened
-// through RtMidi, plus one port of the program's own named "Tonaro" that
-// other programs connect to. The lists are read again every PollInterval,
+// sequencer is opened through RtMidi, and one port of the program's own
+// named "Tonaro" is offered that other programs connect to. When a JACK
+// server is already running, the program has a "Tonaro" port there too,
+// and every JACK MIDI source is connected to it: one client, woken once a
+// period, however many keyboards. The lists are read again every PollInterval,
 // so a keyboard plugged in later is listened to within two seconds and one
 // unplugged is closed without a word. With no MIDI service at all there is
 // simply no input.
@@ -42,11 +44,12 @@ public:
 
     // The sources listened to now, "alsa:" or "jack:" before each name.
     std::vector<std::string> openSources() const;
-    bool hasOwnPort() const { return m_ownPort != nullptr; }
+    bool hasOwnPort() const { return m_ownPort || m_jackPort; }
 
 private:
-    void refreshService(MidiInputPort::Service service, const std::vector<std::string> &listed,
-                        const MidiInputSources &sources);
+    void refreshAlsa(const MidiInputSources &sources);
+    void refreshJack(const MidiInputSources &sources);
+    void openJackPort();
     bool alsaThere();
 
     std::function<std::vector<std::string>()> m_outputsInUse;
@@ -55,7 +58,10 @@ private:
     std::unique_ptr<JackServer> m_jack;
     std::map<std::string, std::unique_ptr<MidiInputPort>> m_open;
     std::unique_ptr<MidiInputPort> m_ownPort;
-    MidiInputPort::Service m_ownPortService = MidiInputPort::Service::Alsa;
+    // The program's port on JACK, its full name, and the sources connected to it.
+    std::unique_ptr<MidiInputPort> m_jackPort;
+    std::string m_jackPortName;
+    std::vector<std::string> m_jackConnected;
 };
 
 } // namespace tonaro

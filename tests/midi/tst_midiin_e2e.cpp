@@ -221,6 +221,23 @@ private slots:
         keys.send({0x95, 60, 1});
         QTRY_COMPARE(program.verdict(), QStringLiteral("Right!"));
     }
+
+    // Last, since it stops the server: a server that goes away takes its
+    // inputs with it, without a word, and the program goes on.
+    void serverGoingAwayClosesItsInputs()
+    {
+        Program program("formmelody");
+        auto keys = std::make_unique<Keyboard>("gone");
+        QTRY_VERIFY_WITH_TIMEOUT(listensTo(program.input, keys->source("gone")), FindWithinMs + 1000);
+        QVERIFY(program.input.hasOwnPort());
+        m_jack.stop();
+        QTRY_VERIFY_WITH_TIMEOUT(program.input.openSources().empty() && !program.input.hasOwnPort(), FindWithinMs + 1000);
+        keys.reset();
+        program.ask({rFor(1, 4), rFor(0, 7)});
+        click(program.window, QStringLiteral("tasto_0"));
+        QCOMPARE(program.verdict(), QStringLiteral("Right!"));
+        QCOMPARE(program.boxes.texts(), QStringList());
+    }
 };
 
 QTEST_MAIN(MidiInEndToEndTest)
