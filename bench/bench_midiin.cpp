@@ -137,6 +137,10 @@ int main(int argc, char *argv[])
             continue;
         QProcess keyboard;
         keyboard.start(QCoreApplication::applicationFilePath(), {"--keyboard", "idle keys"});
+        // What this process spends with the server and the keyboard running
+        // but no input: the part of the share that is not the input's.
+        const QByteArray baseline = "JACK, " + QByteArray::number(period) + " frames a period, no input yet (baseline)";
+        idleShare(baseline.constData());
         RtMidiInput input;
         const auto plugged = steady_clock::now();
         const auto listening = [&input] {
