@@ -12,10 +12,10 @@ build=${BUILD_DIR:-build}
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev libqt6svg6-dev libgl-dev
-    libfluidsynth-dev librtmidi-dev libpulse-dev
+    libfluidsynth-dev librtmidi-dev libpulse-dev libjack-jackd2-dev
     timgm6mb-soundfont qt6-qpa-plugins
 )
-test_packages=(pulseaudio pulseaudio-utils desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils)
+test_packages=(pulseaudio pulseaudio-utils jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils)
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi
 

@@ -1,7 +1,7 @@
 #include "CatalogueExercise.h"
 
 #include "PlayButton.h"
-
+#include "PlayedNotes.h"
 #include "RandomSource.h"
 #include "RootChoice.h"
 #include "midi/Midi_interface.h"
@@ -124,6 +124,8 @@ void CatalogueExercise::applyPreset(const CataloguePreset &preset)
 
 void CatalogueExercise::New_Click()
 {
+    // A new question starts with no played notes gathered.
+    onReset();
     beginNew();
     const std::vector<int> ticked = tickedEntries();
     if (ticked.empty())
@@ -148,6 +150,32 @@ void CatalogueExercise::play_Click(int index)
     if (Answered)
         return;
     answer(index == questionIndex());
+}
+
+void CatalogueExercise::readPlayedNotesAs(PlayedAnswer::Gesture gesture, PlayedAnswer::Reader reader)
+{
+    // The played answer goes through the button it stands for; a reading that
+    // matches no button is an index no question has, judged wrong.
+    m_played = new PlayedNotes(PlayedAnswer(gesture, std::move(reader)), [this](int index) {
+        if (isTestMode())
+            play_Click(index);
+    }, this);
+}
+
+void CatalogueExercise::playedNote(int note, MidiInput::Moment struck)
+{
+    if (!m_played)
+        return;
+    if (isTestMode())
+        m_played->add(note, struck);
+    else
+        m_played->clear();
+}
+
+void CatalogueExercise::onReset()
+{
+    if (m_played)
+        m_played->clear();
 }
 
 QComboBox *CatalogueExercise::makeRootList(bool withRandom)

@@ -3,6 +3,7 @@
 #include "Catalogue.h"
 #include "ExercisePanel.h"
 #include "NoteRow.h"
+#include "PlayedAnswer.h"
 
 #include <initializer_list>
 #include <span>
@@ -13,6 +14,8 @@ class QHBoxLayout;
 class QRadioButton;
 
 namespace tonaro {
+
+class PlayedNotes;
 
 // How a window shows its catalogue: the frame, the names of its two control
 // arrays, and how the rows fall into columns.
@@ -51,6 +54,12 @@ protected:
     virtual bool playQuestion() = 0;
     virtual void practise(int index) = 0;
     virtual int questionIndex() const = 0;
+
+    // How notes played on a MIDI keyboard answer in this window. They answer
+    // in test mode only: in practice mode the buttons play, they do not answer.
+    void readPlayedNotesAs(PlayedAnswer::Gesture gesture, PlayedAnswer::Reader reader);
+    void playedNote(int note, MidiInput::Moment struck) override;
+    void onReset() override;
 
     const CatalogueEntry &entry(int index) const { return m_catalogue[std::size_t(index)]; }
     QCheckBox *box(int index) const { return m_boxes[std::size_t(index)]; }
@@ -95,6 +104,7 @@ private:
     std::vector<QCheckBox *> m_boxes;
     QGroupBox *m_frame = nullptr;
     QComboBox *m_rootList = nullptr;
+    PlayedNotes *m_played = nullptr;
 };
 
 } // namespace tonaro

@@ -30,6 +30,8 @@ ExercisePanel::ExercisePanel(const Services &services, const PanelTraits &traits
     buildPanel();
     if (m_traits.letterKeys)
         qApp->installEventFilter(this);
+    if (services.input)
+        connect(services.input, &MidiInput::notePlayed, this, &ExercisePanel::notePlayed);
 }
 
 ExercisePanel::~ExercisePanel()
@@ -189,6 +191,7 @@ void ExercisePanel::Reveal_Click()
     font.setPointSizeF(revealPointSize());
     m_showLabel->setFont(font);
     m_showLabel->setText(text);
+    onRevealed();
 }
 
 void ExercisePanel::setScoreEnabled(bool enabled)
@@ -231,6 +234,12 @@ void ExercisePanel::noanswers_Click()
 {
     if (m_traits.noanswersClearsLabels)
         clearLabels();
+}
+
+void ExercisePanel::notePlayed(int note, MidiInput::Moment struck)
+{
+    if (!m_unloaded)
+        playedNote(note, struck);
 }
 
 void ExercisePanel::answerLetter(int, bool)

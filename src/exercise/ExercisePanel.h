@@ -2,6 +2,7 @@
 
 #include "PanelTraits.h"
 #include "Services.h"
+#include "midi/MidiInput.h"
 
 #include <QWidget>
 
@@ -50,6 +51,10 @@ public:
 
     bool isTestMode() const;
 
+    // A key struck on a MIDI keyboard: it acts as the on-screen answer it
+    // stands for, if any, exactly as a click on it would.
+    void notePlayed(int note, MidiInput::Moment struck);
+
     // The controls Tab stops at now, in the order it visits them.
     QList<QWidget *> tabStops() const;
     // Focus arriving from outside the window: the first stop going forward,
@@ -96,6 +101,10 @@ protected:
     virtual void answerLetter(int key, bool ctrlAlone);
     // After the panel's Reset: a window drops what it keeps of an unfinished answer.
     virtual void onReset() {}
+    // After Reveal has written the answer text.
+    virtual void onRevealed() {}
+    // What the window makes of a played note; by default nothing.
+    virtual void playedNote(int, MidiInput::Moment) {}
 
     // WaitMs, then whether the caller may carry on: false when the window
     // was unloaded or the program closed meanwhile. After false the caller

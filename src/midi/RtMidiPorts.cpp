@@ -1,63 +1,17 @@
 #include "RtMidiPorts.h"
 
-#include <RtMidi.h>
+#include "RtMidiSupport.h"
 
 #include <algorithm>
-#include <dlfcn.h>
-#include <iostream>
 #include <regex>
 
 namespace tonaro {
 
 namespace {
 
-constexpr const char *ClientName = "Tonaro";
-
-using AlsaErrorHandler = void (*)(const char *file, int line, const char *function, int error, const char *format, ...);
-using SetAlsaErrorHandler = int (*)(AlsaErrorHandler handler);
-
-void ignoreAlsaError(const char *, int, const char *, int, const char *, ...)
-{
-}
-
-// Keeps the lines that ALSA and RtMidi print on a missing sequencer off the
-// terminal while a client is made: having no MIDI service is an ordinary
-// state for this program, not news. ALSA's handler is reached through the
-// symbol table because only RtMidi links ALSA.
-class QuietMidiService
-{
-public:
-    QuietMidiService()
-        : m_setHandler(reinterpret_cast<SetAlsaErrorHandler>(dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler")))
-        , m_cerr(std::cerr.rdbuf(nullptr))
-    {
-        if (m_setHandler)
-            m_setHandler(&ignoreAlsaError);
-    }
-    ~QuietMidiService()
-    {
-        if (m_setHandler)
-            m_setHandler(nullptr);
-        std::cerr.rdbuf(m_cerr);
-    }
-    QuietMidiService(const QuietMidiService &) = delete;
-    QuietMidiService &operator=(const QuietMidiService &) = delete;
-
-private:
-    SetAlsaErrorHandler m_setHandler;
-    std::streambuf *m_cerr;
-};
-
-// The last error RtMidi reported for one client; a warning is no failure.
-struct ErrorRecord {
-    bool failed = false;
-
-    static void callback(RtMidiError::Type type, const std::string &, void *self)
-    {
-        if (self && type != RtMidiError::WARNING && type != RtMidiError::DEBUG_WARNING)
-            static_cast<ErrorRecord *>(self)->failed = true;
-    }
-};
+using rtmidi::ClientName;
+using rtmidi::ErrorRecord;
+using rtmidi::QuietMidiService;
 
 // A new sequencer client, or none when the system has no sequencer. Its
 // errors go to the record (or nowhere when there is none) instead of being

@@ -122,6 +122,16 @@ void SystemMidiPlatform::silence(SystemMidiPort &port)
     }
 }
 
+std::vector<std::string> SystemMidiPlatform::openPortNames() const
+{
+    std::vector<std::string> names;
+    for (const auto &[handle, device] : m_open) {
+        if (device.port)
+            names.push_back(device.portName);
+    }
+    return names;
+}
+
 std::unique_ptr<MidiPlatform> createSystemMidiPlatform()
 {
     return std::make_unique<SystemMidiPlatform>(std::make_unique<BuiltInSynth>(BuiltInSynth::Options{}),

@@ -32,6 +32,9 @@ public:
     int sendShortMessage(MidiHandle handle, std::uint32_t message) override;
 
     BuiltInSynth &builtInSynth() { return *m_synth; }
+    // The system ports open for output now: the MIDI input leaves them out,
+    // so that the program's own notes never come back as answers.
+    std::vector<std::string> openPortNames() const;
 
 private:
     struct OpenDevice {

@@ -45,6 +45,8 @@ Formchords::Formchords(const Services &services, QWidget *parent)
     connect(m_arpeggioOption, &QRadioButton::toggled, gap, &QWidget::setEnabled);
 
     stackColumn(4, {sequence, gap, makeRootRow("Label9")});
+    readPlayedNotesAs(PlayedAnswer::Gesture::Struck,
+                      [](std::span<const int> notes) { return played::chordOf(notes, ChordCatalogue); });
 }
 
 void Formchords::init()

@@ -35,6 +35,8 @@ Formscales::Formscales(const Services &services, QWidget *parent)
 
     // Eighteen rows of answer buttons fill the catalogue's column.
     stackColumn(2, {}, {gap, makeRootRow("Label2")});
+    readPlayedNotesAs(PlayedAnswer::Gesture::RisingOctave,
+                      [](std::span<const int> notes) { return played::scaleOf(notes, ScaleCatalogue); });
 }
 
 void Formscales::init()

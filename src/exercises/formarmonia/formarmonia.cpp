@@ -77,6 +77,13 @@ formarmonia::formarmonia(const Services &services, QWidget *parent)
     });
 
     stackColumn(4, {key, sequence, gap});
+    // A triad answers in the key selected when it is played.
+    readPlayedNotesAs(PlayedAnswer::Gesture::Struck, [this](std::span<const int> notes) {
+        std::array<NoteRow, DegreeCatalogue.size()> triads;
+        for (std::size_t degree = 0; degree < triads.size(); ++degree)
+            triads[degree] = degreeTriad(tonic(), mode(), int(degree), false);
+        return played::triadOf(notes, triads);
+    });
 }
 
 void formarmonia::init()

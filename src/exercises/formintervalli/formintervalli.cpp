@@ -45,6 +45,7 @@ formintervalli::formintervalli(const Services &services, QWidget *parent)
     connect(m_together, &QRadioButton::toggled, gap, [gap](bool checked) { gap->setEnabled(!checked); });
 
     stackColumn(2, {direction, gap}, {makeRootRow("Label9")});
+    readPlayedNotesAs(PlayedAnswer::Gesture::Pair, &played::intervalOf);
 }
 
 void formintervalli::init()

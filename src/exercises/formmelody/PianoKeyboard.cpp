@@ -1,5 +1,6 @@
 #include "PianoKeyboard.h"
 
+#include "AnswerMarks.h"
 #include "PianoKey.h"
 
 #include <QPainter>
@@ -52,6 +53,22 @@ PianoKeyboard::PianoKeyboard(QWidget *parent)
         if (key->isBlack())
             key->raise();
     }
+    m_marks = new AnswerMarks(m_keys, this);
+}
+
+void PianoKeyboard::showAnswer(std::span<const int> notes)
+{
+    m_marks->show(notes);
+}
+
+void PianoKeyboard::clearAnswer()
+{
+    m_marks->clear();
+}
+
+const std::array<QString, melody::PitchClassCount> &PianoKeyboard::answerMarks() const
+{
+    return m_marks->marks();
 }
 
 QSize PianoKeyboard::sizeHint() const
@@ -73,6 +90,7 @@ QRect PianoKeyboard::keyboardRect() const
 
 void PianoKeyboard::resizeEvent(QResizeEvent *)
 {
+    m_marks->setGeometry(rect());
     placeKeys();
 }
 

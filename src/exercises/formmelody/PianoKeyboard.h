@@ -4,9 +4,11 @@
 
 #include <QWidget>
 #include <array>
+#include <span>
 
 namespace tonaro {
 
+class AnswerMarks;
 class PianoKey;
 
 // One octave of a piano, C to B: seven white keys side by side and five
@@ -22,6 +24,13 @@ public:
     explicit PianoKeyboard(QWidget *parent = nullptr);
 
     const std::array<PianoKey *, melody::PitchClassCount> &keys() const { return m_keys; }
+    // Lights the keys of the question's notes, numbered in playing order,
+    // until clearAnswer.
+    void showAnswer(std::span<const int> notes);
+    void clearAnswer();
+    // What each key shows of the answer: its note numbers, or nothing.
+    const std::array<QString, melody::PitchClassCount> &answerMarks() const;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -34,6 +43,7 @@ private:
     QRect keyboardRect() const;
 
     std::array<PianoKey *, melody::PitchClassCount> m_keys{};
+    AnswerMarks *m_marks;
 };
 
 } // namespace tonaro

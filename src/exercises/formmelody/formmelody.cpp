@@ -2,6 +2,7 @@
 
 #include "PianoKey.h"
 #include "PianoKeyboard.h"
+#include "exercise/PlayedAnswer.h"
 #include "exercise/RandomSource.h"
 #include "midi/Midi_interface.h"
 
@@ -238,8 +239,9 @@ void formmelody::playNote(int note)
 void formmelody::New_Click()
 {
     m_question.nnotes = std::int16_t(chosenItem() + 1);
-    // A new question starts with no keys counted.
+    // A new question starts with no keys counted and no answer on the piano.
     m_question.nclicks = 0;
+    m_keyboard->clearAnswer();
     // The count is taken once: a New clicked during a gap asks its own
     // question, and this one then plays on to its own end.
     const int count = m_question.nnotes;
@@ -300,6 +302,24 @@ void formmelody::answerLetter(int key, bool ctrlAlone)
 void formmelody::onReset()
 {
     m_question.nclicks = 0;
+    m_keyboard->clearAnswer();
+}
+
+void formmelody::onRevealed()
+{
+    // Reveal shows the notes on the piano as well as in words.
+    const int count = std::clamp<int>(m_question.nnotes, 0, melody::MaxNotes);
+    std::array<int, melody::MaxNotes> notes{};
+    std::copy_n(m_question.notes.begin(), count, notes.begin());
+    m_keyboard->showAnswer(std::span<const int>(notes.data(), std::size_t(count)));
+}
+
+void formmelody::playedNote(int note, MidiInput::Moment)
+{
+    // In practice mode too: a played key sounds as a clicked one does.
+    const int single[] = {note};
+    if (const played::Reading key = played::keyOf(single))
+        tasto_Click(*key);
 }
 
 } // namespace tonaro

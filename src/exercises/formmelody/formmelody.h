@@ -36,6 +36,8 @@ protected:
     double revealPointSize() const override { return m_question.revealPointSize(); }
     void answerLetter(int key, bool ctrlAlone) override;
     void onReset() override;
+    void onRevealed() override;
+    void playedNote(int note, MidiInput::Moment struck) override;
 
 private:
     QGroupBox *buildNotesFrame();
