@@ -13,7 +13,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev libqt6svg6-dev libgl-dev
     libfluidsynth-dev librtmidi-dev libpulse-dev libjack-jackd2-dev
-    timgm6mb-soundfont qt6-qpa-plugins
+    musescore-general-soundfont-small qt6-qpa-plugins
 )
 test_packages=(pulseaudio pulseaudio-utils jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils)
 

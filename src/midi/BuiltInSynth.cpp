@@ -1,9 +1,11 @@
 #include "BuiltInSynth.h"
 
 #include "MidiMessages.h"
+#include "SoundFontFile.h"
 #include "SoundFontLocator.h"
 
 #include <fluidsynth.h>
+#include <malloc.h>
 
 namespace tonaro {
 
@@ -38,8 +40,9 @@ BuiltInSynth::~BuiltInSynth()
 MidiResult BuiltInSynth::load()
 {
     const auto start = std::chrono::steady_clock::now();
-    const std::string path = m_options.soundFontPath.empty() ? findGeneralMidiSoundFont() : m_options.soundFontPath;
-    if (path.empty())
+    const std::vector<std::string> candidates = findGeneralMidiSoundFonts(
+        generalMidiSoundFontCandidates(m_options.soundFontFolder.empty() ? SystemSoundFontFolder : m_options.soundFontFolder));
+    if (candidates.empty())
         return MidiResult::NoSoundFont;
 
     m_settings.reset(new_fluid_settings());
@@ -61,14 +64,45 @@ MidiResult BuiltInSynth::load()
     m_synth.reset(new_fluid_synth(m_settings.get()));
     if (!m_synth)
         return MidiResult::NoMemory;
-    // A truncated or corrupt file is refused here, with FluidSynth's own
-    // message on the log.
-    if (fluid_synth_sfload(m_synth.get(), path.c_str(), 1) == FLUID_FAILED) {
-        m_synth.reset();
-        return MidiResult::NoSoundFont;
+    // FluidSynth tries the loader added last first; the synth owns it.
+    fluid_sfloader_t *loader = new_fluid_defsfloader(m_settings.get());
+    if (!loader)
+        return MidiResult::NoMemory;
+    SoundFontFile::readThrough(loader);
+    fluid_synth_add_sfloader(m_synth.get(), loader);
+
+    // No program is chosen on any channel at load (FluidSynth would choose
+    // the piano on all sixteen, and read the largest instrument of the big
+    // fonts: seconds of work and 95 MB): the port chooses its instrument
+    // after every open, and only that instrument's samples are read.
+    for (const std::string &path : candidates) {
+        // A truncated or corrupt file is refused here, with FluidSynth's own
+        // message on the log, and the next one is tried.
+        std::shared_ptr<SoundFontFile> file = SoundFontFile::open(path);
+        if (file && fluid_synth_sfload(m_synth.get(), file->loaderName().c_str(), 0) != FLUID_FAILED) {
+            m_soundFont = std::move(file);
+            // The parse's scratch memory, freed on this thread's own heap,
+            // goes back to the system: 2 to 3 MB with the larger fonts.
+            malloc_trim(0);
+            m_loadTime = std::chrono::steady_clock::now() - start;
+            return MidiResult::Ok;
+        }
     }
-    m_loadTime = std::chrono::steady_clock::now() - start;
-    return MidiResult::Ok;
+    m_synth.reset();
+    return MidiResult::NoSoundFont;
+}
+
+MidiResult BuiltInSynth::soundFontState()
+{
+    const MidiResult loaded = waitForLoad();
+    if (loaded == MidiResult::Ok && !m_soundFont->isIntact())
+        return MidiResult::NoSoundFont;
+    return loaded;
+}
+
+std::string BuiltInSynth::soundFontPath()
+{
+    return waitForLoad() == MidiResult::Ok ? m_soundFont->path() : std::string();
 }
 
 std::chrono::duration<double> BuiltInSynth::loadTime()
@@ -79,7 +113,7 @@ std::chrono::duration<double> BuiltInSynth::loadTime()
 
 MidiResult BuiltInSynth::open()
 {
-    if (const MidiResult loaded = waitForLoad(); loaded != MidiResult::Ok)
+    if (const MidiResult loaded = soundFontState(); loaded != MidiResult::Ok)
         return loaded;
     if (m_options.output == Output::None || (m_output && m_output->isAlive()))
         return MidiResult::Ok;
@@ -140,6 +174,11 @@ MidiResult BuiltInSynth::play(int type, int channel, int data1, int data2)
         result = fluid_synth_cc(synth, channel, data1, data2);
         break;
     case midi::ProgramChangeStatus:
+        // The program's samples are read now: from a file written over since
+        // start-up they would be another file's bytes. The channel keeps the
+        // program it has.
+        if (!m_soundFont->isIntact())
+            return MidiResult::NoSoundFont;
         result = fluid_synth_program_change(synth, channel, data1);
         break;
     case midi::ChannelPressureStatus:

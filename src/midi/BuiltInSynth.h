@@ -14,20 +14,26 @@ struct _fluid_synth_t;
 
 namespace tonaro {
 
+class SoundFontFile;
+
 // The built-in synthesizer: FluidSynth with a General MIDI SoundFont, played
 // through our own PulseAudio output. The SoundFont is loaded once, on a
 // thread of its own that the constructor starts, so that the load runs while
-// the program shows its splash window; open() waits for it. Closing the
-// device silences every note but keeps the synthesizer and its connection to
-// the sound server, so that the port restarts in well under a millisecond.
+// the program shows its splash window; open() waits for it. The first of the
+// system's SoundFonts that loads is used, and its file is held open for the
+// run (SoundFontFile), as a program's samples are read when it is chosen.
+// Closing the device silences every note but keeps the synthesizer and its
+// connection to the sound server, so that the port restarts in well under a
+// millisecond.
 class BuiltInSynth : public AudioSource
 {
 public:
     enum class Output { PulseAudio, None };
 
     struct Options {
-        // Empty: the first General MIDI SoundFont the system has.
-        std::string soundFontPath;
+        // The folder the SoundFonts are looked for under (the tests' own);
+        // empty: the system's.
+        std::string soundFontFolder;
         // None renders only when render() is called: the tests' way to hear
         // the very code the device plays through, without a sound device.
         Output output = Output::PulseAudio;
@@ -53,8 +59,10 @@ public:
     bool isSounding() override;
 
     int sampleRate() const { return m_options.audio.sampleRate; }
-    // How long the SoundFont took to load; waits for the load.
+    // How long the SoundFont took to load and which file it is (empty when
+    // none loaded); both wait for the load.
     std::chrono::duration<double> loadTime();
+    std::string soundFontPath();
     // The audio output while it is connected, for the benchmark's figures.
     PulseAudioOutput *output() { return m_output.get(); }
 
@@ -68,9 +76,13 @@ private:
 
     MidiResult load();
     MidiResult waitForLoad() { return m_loaded.get(); }
+    // The load's result, or NoSoundFont once the file has been written over
+    // in place: its samples can no longer be read as they were.
+    MidiResult soundFontState();
     MidiResult play(int type, int channel, int data1, int data2);
 
     const Options m_options;
+    std::shared_ptr<SoundFontFile> m_soundFont;
     std::unique_ptr<_fluid_hashtable_t, SettingsDeleter> m_settings;
     std::unique_ptr<_fluid_synth_t, SynthDeleter> m_synth;
     std::chrono::duration<double> m_loadTime{0};

@@ -25,7 +25,7 @@ constexpr std::array errorTexts{
               "Start PulseAudio (package pulseaudio) or check the sound card."},
     ErrorText{MidiResult::NoSoundFont,
               "The built-in synthesizer found no usable General MIDI SoundFont. "
-              "Install the package timgm6mb-soundfont."},
+              "Install the package musescore-general-soundfont-small."},
     ErrorText{MidiResult::DeviceVanished,
               "The MIDI device has gone (unplugged, or its program closed). "
               "Choose another device under Options."},

@@ -5,12 +5,19 @@
 
 namespace tonaro {
 
-// Where the distributions put General MIDI SoundFonts, best first: Debian's
-// default-GM alternative (which points at the best installed package's file),
-// then the files of the known packages.
-std::vector<std::string> generalMidiSoundFontCandidates();
+// The folder under which the distributions put their SoundFonts.
+inline const std::string SystemSoundFontFolder = "/usr/share";
 
-// The first candidate that is a readable regular file; empty when none is.
+// Where the General MIDI SoundFonts of the distributions lie under folder,
+// best sound first: MuseScore General (the full font, then the small one),
+// FluidR3, Debian's default-GM alternatives (which point at the best
+// installed package's file), TimGM6mb, then other distributions' places.
+std::vector<std::string> generalMidiSoundFontCandidates(const std::string &folder = SystemSoundFontFolder);
+
+// The candidates that are readable regular files, in their order.
+std::vector<std::string> findGeneralMidiSoundFonts(const std::vector<std::string> &candidates = generalMidiSoundFontCandidates());
+
+// The first of them; empty when there is none.
 std::string findGeneralMidiSoundFont(const std::vector<std::string> &candidates = generalMidiSoundFontCandidates());
 
 } // namespace tonaro

@@ -51,7 +51,7 @@ private slots:
     void initTestCase()
     {
         if (findGeneralMidiSoundFont().empty())
-            QSKIP("No General MIDI SoundFont installed (package timgm6mb-soundfont)");
+            QSKIP("No General MIDI SoundFont installed (package musescore-general-soundfont-small)");
         m_synth = std::make_unique<BuiltInSynth>(BuiltInSynth::Options{{}, BuiltInSynth::Output::None, {}});
         QCOMPARE(m_synth->open(), MidiResult::Ok);
     }
@@ -80,7 +80,8 @@ private slots:
         const std::vector<float> sound = render(0.6);
         // Past the attack, where the pitch has settled.
         const Samples steady = Samples(sound).subspan(std::size_t(0.15 * m_synth->sampleRate()));
-        QVERIFY2(rms(steady) > 0.005, "the note is not heard");
+        // Over -60 dBFS: a high guitar note of the larger fonts fades fast.
+        QVERIFY2(rms(steady) > 0.001, "the note is not heard");
         const double measured = estimatePitch(steady, m_synth->sampleRate());
         QVERIFY2(std::fabs(measured - hz) <= hz * 0.01, qPrintable(QStringLiteral("%1 Hz instead of %2 Hz").arg(measured).arg(hz)));
     }
@@ -137,14 +138,15 @@ private slots:
     {
         QFETCH(qint64, keptBytes);
         QTemporaryDir dir;
-        const std::string path = dir.filePath(QStringLiteral("broken.sf2")).toStdString();
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sounds/sf2")));
+        const std::string path = dir.filePath(QStringLiteral("sounds/sf2/TimGM6mb.sf2")).toStdString();
         if (keptBytes != -1) {
             std::vector<char> bytes(keptBytes == -2 ? 4096 : std::size_t(keptBytes), '\x5a');
             if (keptBytes >= 0)
                 std::ifstream(findGeneralMidiSoundFont(), std::ios::binary).read(bytes.data(), std::streamsize(bytes.size()));
             std::ofstream(path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
         }
-        BuiltInSynth synth(BuiltInSynth::Options{path, BuiltInSynth::Output::None, {}});
+        BuiltInSynth synth(BuiltInSynth::Options{dir.path().toStdString(), BuiltInSynth::Output::None, {}});
         QCOMPARE(synth.open(), MidiResult::NoSoundFont);
         QCOMPARE(synth.send(message(midi::NoteOnStatus, 69, 100)), MidiResult::NoSoundFont);
         synth.close();
