@@ -12,10 +12,10 @@ build=${BUILD_DIR:-build}
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev libqt6svg6-dev libgl-dev
-    libfluidsynth-dev librtmidi-dev libpulse-dev
+    libfluidsynth-dev librtmidi-dev libpulse-dev libasound2-dev
     timgm6mb-soundfont qt6-qpa-plugins
 )
-test_packages=(pulseaudio pulseaudio-utils desktop-file-utils appstream dpkg-dev file)
+test_packages=(pulseaudio pulseaudio-utils pipewire pipewire-pulse wireplumber pipewire-bin dbus fluidsynth desktop-file-utils appstream dpkg-dev file)
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "MidiPlatform.h"
-#include "PulseAudioOutput.h"
+#include "AudioConnection.h"
 
 #include <chrono>
 #include <cstdint>
@@ -15,23 +15,26 @@ struct _fluid_synth_t;
 namespace tonaro {
 
 // The built-in synthesizer: FluidSynth with a General MIDI SoundFont, played
-// through our own PulseAudio output. The SoundFont is loaded once, on a
+// through our own audio output (PulseAudio, PipeWire's PulseAudio server or
+// ALSA alone, whichever the system has). The SoundFont is loaded once, on a
 // thread of its own that the constructor starts, so that the load runs while
 // the program shows its splash window; open() waits for it. Closing the
 // device silences every note but keeps the synthesizer and its connection to
-// the sound server, so that the port restarts in well under a millisecond.
+// the sound system, so that the port restarts in well under a millisecond.
+// When the sound server goes away, the device stays open and plays again as
+// soon as a server is back; the notes sent meanwhile are dropped.
 class BuiltInSynth : public AudioSource
 {
 public:
-    enum class Output { PulseAudio, None };
+    enum class Output { System, None };
 
     struct Options {
         // Empty: the first General MIDI SoundFont the system has.
         std::string soundFontPath;
         // None renders only when render() is called: the tests' way to hear
         // the very code the device plays through, without a sound device.
-        Output output = Output::PulseAudio;
-        PulseAudioOutput::Settings audio;
+        Output output = Output::System;
+        AudioOutput::Settings audio;
     };
 
     explicit BuiltInSynth(Options options);
@@ -39,8 +42,9 @@ public:
     BuiltInSynth(const BuiltInSynth &) = delete;
     BuiltInSynth &operator=(const BuiltInSynth &) = delete;
 
-    // Waits for the SoundFont; then makes sure the sound server is connected,
-    // connecting anew when it went away since the last open.
+    // Waits for the SoundFont; the first open then connects to the sound
+    // system and fails when nothing can play. Later opens find the
+    // connection there, or being sought again in the background.
     MidiResult open();
     // Silences every sounding note at once.
     void close();
@@ -55,8 +59,9 @@ public:
     int sampleRate() const { return m_options.audio.sampleRate; }
     // How long the SoundFont took to load; waits for the load.
     std::chrono::duration<double> loadTime();
-    // The audio output while it is connected, for the benchmark's figures.
-    PulseAudioOutput *output() { return m_output.get(); }
+    // The audio output while it plays, for the benchmark's figures.
+    AudioOutput *output() { return m_connection ? m_connection->output() : nullptr; }
+    AudioConnection *connection() { return m_connection.get(); }
 
 private:
     struct SettingsDeleter {
@@ -77,7 +82,7 @@ private:
     std::shared_future<MidiResult> m_loaded;
     // Last, so that it goes first: no callback may render from a synth that
     // is being deleted.
-    std::unique_ptr<PulseAudioOutput> m_output;
+    std::unique_ptr<AudioConnection> m_connection;
 };
 
 } // namespace tonaro
