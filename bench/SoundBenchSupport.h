@@ -92,7 +92,7 @@ public:
         test::dieWithParent(m_process);
         // The same dry sound and gain as ours.
         m_process.start(QStringLiteral("fluidsynth"),
-                        {"-a", "pulseaudio", "-i", "-q", "-R", "0", "-C", "0", "-g", "0.5", "-r", "44100", soundFont});
+                        {"-a", "pulseaudio", "-q", "-R", "0", "-C", "0", "-g", "0.5", "-r", "44100", soundFont});
         if (!m_process.waitForStarted(5000))
             return false;
         command("prog 0 0");

@@ -323,6 +323,7 @@ void benchAlsa()
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     if (findGeneralMidiSoundFont().empty()) {
         std::printf("skipped: no General MIDI SoundFont installed\n");
         return 0;

@@ -30,8 +30,8 @@ public:
         // What the stream keeps buffered when the machine is calm; after an
         // underflow it doubles, up to the largest, and it halves again after
         // a calm spell, so that a busy machine costs latency, not sound.
-        std::chrono::milliseconds bufferTime{8};
-        std::chrono::milliseconds largestBufferTime{32};
+        std::chrono::milliseconds bufferTime{10};
+        std::chrono::milliseconds largestBufferTime{20};
         std::chrono::milliseconds calmBeforeShrinking{10000};
         std::chrono::milliseconds connectTimeout{2000};
         std::chrono::milliseconds pauseAfterSilence{500};

@@ -31,8 +31,10 @@ public:
     MonitorTap(const MonitorTap &) = delete;
     MonitorTap &operator=(const MonitorTap &) = delete;
 
+    // May be called again after it failed.
     bool start(const QByteArray &server, const QByteArray &source)
     {
+        stop();
         m_loop.reset(pa_threaded_mainloop_new());
         if (!m_loop || pa_threaded_mainloop_start(m_loop.get()) < 0)
             return false;

@@ -83,9 +83,9 @@ public:
             // A dropout shows as a run of digital zero far longer than a
             // zero crossing; the end of the note is left out for its release.
             const Samples sustain = sound.subspan(onset + Rate / 50, held - Rate / 10);
-            const double gapMs = 1000.0 * double(longestQuietRun(sustain, 2.0f / 32768)) / Rate;
-            if (gapMs >= 3.0)
-                return QStringLiteral("a %1 ms dropout inside the %2 Hz note").arg(gapMs).arg(note.hz);
+            const double dropoutMs = 1000.0 * double(longestQuietRun(sustain, 2.0f / 32768)) / Rate;
+            if (dropoutMs >= 3.0)
+                return QStringLiteral("a %1 ms dropout inside the %2 Hz note").arg(dropoutMs).arg(note.hz);
             const double hz = estimatePitch(sound.subspan(onset + Rate / 10, Rate / 4), Rate);
             if (std::fabs(hz - note.hz) > note.hz / 100)
                 return QStringLiteral("%1 Hz instead of %2 Hz").arg(hz).arg(note.hz);

@@ -125,6 +125,12 @@ Open openBuiltInSynth()
     return open;
 }
 
+double loadAverage()
+{
+    QFile file(QStringLiteral("/proc/loadavg"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(0).toDouble() : 0;
+}
+
 // A busy machine can starve the sound server for a moment; an output that is
 // really broken fails every time. So the four notes have three chances.
 template<typename Listen>
@@ -141,6 +147,11 @@ void hearFourNotes(Open &open, Listen makeListener)
             return;
         qWarning("attempt %d: %s", attempt, qPrintable(problem));
     }
+    // Gaps in a machine far busier than two spinning processes say more of
+    // the machine than of the output; there they are reported, not failed.
+    const double load = loadAverage();
+    if (problem.contains(QLatin1String("dropout")) && load > 2.0 * QThread::idealThreadCount())
+        QSKIP(qPrintable(QStringLiteral("dropouts not judged at load average %1: %2").arg(load).arg(problem)));
     QFAIL(qPrintable(problem));
 }
 
@@ -186,7 +197,8 @@ private slots:
             SKIP_OR_FAIL(QStringLiteral("no %1 server could start: %2").arg(server->name(), server->error()));
         qputenv("PULSE_SERVER", server->address());
         MonitorTap tap(SoundListener::Rate);
-        QVERIFY2(tap.start(server->address(), server->monitorName().toLatin1()), "no recorder on the sink's monitor");
+        QVERIFY2(QTest::qWaitFor([&] { return tap.start(server->address(), server->monitorName().toLatin1()); }, 5000),
+                 "no recorder on the sink's monitor");
         Open open = openBuiltInSynth();
         QVERIFY2(open.platform, qPrintable(server->name() + QStringLiteral(": the built-in synthesizer did not open")));
         QCOMPARE(open.platform->builtInSynth().output()->backend(), AudioOutput::Backend::PulseAudio);
@@ -229,8 +241,9 @@ private slots:
         QVERIFY(send(platform, open.handle, noteOn(72)));
 
         QVERIFY2(server->start(), qPrintable(server->error()));
+        // The sink may come up a moment after the server's socket.
         MonitorTap tap(SoundListener::Rate);
-        QVERIFY(tap.start(server->address(), server->monitorName().toLatin1()));
+        QVERIFY(QTest::qWaitFor([&] { return tap.start(server->address(), server->monitorName().toLatin1()); }, 5000));
         // A user needs longer than this between two notes of an exercise.
         QTest::qWait(1000);
         QVERIFY(send(platform, open.handle, noteOn(64)));
