@@ -268,14 +268,18 @@ void benchServer(test::PrivateSoundServer &server, bool first)
     const Figures mine = measure(ours, server);
     const AudioOutput::Figures output = synth.output()->figures();
     Figures theirs;
-    FluidSynthProgram program;
-    const bool haveTheirs = program.start(server.address(), QString::fromStdString(findGeneralMidiSoundFont()));
-    if (haveTheirs) {
-        const Player fluidsynth{[&](int key) { program.noteOn(key); }, [&] { program.silence(); }};
-        settle(fluidsynth);
-        theirs = measure(fluidsynth, server);
-    } else {
-        std::printf("the fluidsynth program did not start (package fluidsynth)\n");
+    bool haveTheirs = false;
+    {
+        // It goes before the idle figures, which its stream would spoil.
+        FluidSynthProgram program;
+        haveTheirs = program.start(server.address(), QString::fromStdString(findGeneralMidiSoundFont()));
+        if (haveTheirs) {
+            const Player fluidsynth{[&](int key) { program.noteOn(key); }, [&] { program.silence(); }};
+            settle(fluidsynth);
+            theirs = measure(fluidsynth, server);
+        } else {
+            std::printf("the fluidsynth program did not start (package fluidsynth)\n");
+        }
     }
     printSideBySide(mine, theirs, haveTheirs);
     std::printf("  our stream: %d underflows, buffer now %lld ms\n", output.underflows,

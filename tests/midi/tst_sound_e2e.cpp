@@ -147,11 +147,13 @@ void hearFourNotes(Open &open, Listen makeListener)
             return;
         qWarning("attempt %d: %s", attempt, qPrintable(problem));
     }
-    // Gaps in a machine far busier than two spinning processes say more of
-    // the machine than of the output; there they are reported, not failed.
+    // Gaps and late notes on a machine far busier than two spinning
+    // processes say more of the machine than of the output; there they are
+    // reported, not failed. A wrong pitch or a missing note fails anywhere.
     const double load = loadAverage();
-    if (problem.contains(QLatin1String("dropout")) && load > 2.0 * QThread::idealThreadCount())
-        QSKIP(qPrintable(QStringLiteral("dropouts not judged at load average %1: %2").arg(load).arg(problem)));
+    const bool timing = problem.contains(QLatin1String("dropout")) || problem.contains(QLatin1String(" ms after "));
+    if (timing && load > 2.0 * QThread::idealThreadCount())
+        QSKIP(qPrintable(QStringLiteral("timing not judged at load average %1: %2").arg(load).arg(problem)));
     QFAIL(qPrintable(problem));
 }
 
