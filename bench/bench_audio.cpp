@@ -1,29 +1,27 @@
-// Figures of the built-in synthesizer as the program drives it: the port
-// restart (Stop noise! and the settings dialog), alone and with 30 notes
-// sounding; then, against a PulseAudio server of our own with a null sink,
-// how long a note takes from NoteOn to sound, whether sounding notes drop
-// out, what the open but idle port costs in processor time, and the memory
-// the loaded SoundFont keeps resident.
+// Figures of the built-in synthesizer as the program drives it, on each
+// sound setup a user may have: a PulseAudio server and a PipeWire server
+// (through its PulseAudio server) of our own with a null sink, and ALSA
+// alone with no server. For each server: from NoteOn to the sound at the
+// sink, dropouts in a run of notes on a quiet machine and with two
+// processes spinning a core each, the processor share of the idle program
+// with the port open, and how soon sound is back after the server restarts;
+// beside ours the same notes through the `fluidsynth` program with its own
+// pulseaudio driver at its default buffer. Also the port restart (Stop
+// noise! and the settings dialog) and the resident memory.
 //
-// Note-on-to-sound is measured two ways, both printed:
-//  - at the sink: a record stream of this process on the null sink's monitor
-//    stamps every block with the steady-clock time it arrived. A null sink
-//    hands a block to its monitor at the moment it plays it, so the arrival
-//    of the block that holds a note's first sound, less the steady-clock time
-//    of the NoteOn call, is the latency a listener would have, plus the
-//    recorder's own small transport delay (so it errs on the long side);
-//  - from the output's own account: when the synthesizer's first sounding
-//    block was written to the server, plus the stream latency the server
-//    reported at that moment (pa_stream_get_latency) up to that sound.
-// Notes are played one at a time from silence, so every onset is a note's.
-// A dropout is digital silence inside a note; next to the synthesizer's
-// underflows stand those of a plain tone played through the same output for
-// as long, which tell what the machine and the server cost by themselves.
+// A record stream of this process on the null sink's monitor stamps every
+// block with the steady-clock time it arrived. A null sink hands a block to
+// its monitor as it plays it, so the arrival of the block that holds a
+// note's first sound, less the time of the NoteOn call, is the latency a
+// listener would have, plus the recorder's own small delay (so it errs on
+// the long side). A dropout is digital silence over 3 ms inside a note.
+// BENCH_NOTES sets the length of the runs (200).
 
-#include "../tests/midi/AudioAnalysis.h"
+#include "../tests/midi/PrivateAlsaDevice.h"
+#include "../tests/midi/PrivatePipeWireServer.h"
 #include "../tests/midi/PrivatePulseServer.h"
 #include "BenchSupport.h"
-#include "MonitorTap.h"
+#include "SoundBenchSupport.h"
 #include "midi/MidiMessages.h"
 #include "midi/Midi_interface.h"
 #include "midi/RtMidiPorts.h"
@@ -36,44 +34,34 @@
 #include <QFile>
 #include <QTimer>
 
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <numbers>
-#include <cstdio>
-#include <sys/resource.h>
+#include <functional>
 #include <thread>
-#include <unistd.h>
-#include <vector>
 
 using namespace tonaro;
-using bench::MonitorTap;
+using namespace tonaro::bench;
 using namespace std::chrono;
 
 namespace {
 
-constexpr int Rate = test::PrivatePulseServer::SampleRate;
-constexpr int Runs = 20;
-// Louder than this (about -60 dBFS) a recorded sample counts as sound.
-constexpr float OnsetLevel = 1e-3f;
-// A dropout is a run of digital silence (under one 16-bit step, as the null
-// sink works in 16 bits) longer than this inside a sounding note.
-constexpr float QuietLevel = 1.0f / 32768;
-constexpr double DropoutMs = 3.0;
+constexpr int Rate = test::PrivateSoundServer::SampleRate;
+constexpr int LatencyNotes = 50;
+constexpr int Restarts = 20;
 
-// Processor seconds of another process, from /proc; -1 when unreadable.
+int runLength()
+{
+    const int notes = qEnvironmentVariableIntValue("BENCH_NOTES");
+    return notes > 0 ? notes : 200;
+}
+
 double processorSecondsOf(qint64 pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
-        return -1;
+        return 0;
     const QByteArray text = stat.readAll();
-    // The fields after the command's closing parenthesis; utime and stime
-    // are the 12th and 13th of them.
+    // utime and stime are the 12th and 13th fields after the command.
     const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() < 13)
-        return -1;
-    return (fields[11].toDouble() + fields[12].toDouble()) / double(sysconf(_SC_CLK_TCK));
+    return fields.size() < 13 ? 0 : (fields[11].toDouble() + fields[12].toDouble()) / double(sysconf(_SC_CLK_TCK));
 }
 
 double statusMegabytes(const char *key)
@@ -88,25 +76,6 @@ double statusMegabytes(const char *key)
     return -1;
 }
 
-double toMs(steady_clock::duration d)
-{
-    return duration<double, std::milli>(d).count();
-}
-
-struct Spread {
-    double median = 0;
-    double worst = 0;
-};
-
-Spread spread(std::vector<double> values)
-{
-    if (values.empty())
-        return {};
-    std::sort(values.begin(), values.end());
-    return {values[values.size() / 2], values.back()};
-}
-
-// Runs the event loop for a while, as the idle program does.
 void runEvents(milliseconds time)
 {
     QEventLoop loop;
@@ -114,268 +83,168 @@ void runEvents(milliseconds time)
     loop.exec();
 }
 
-struct Note {
-    steady_clock::time_point on;
-    steady_clock::time_point off;
-    PulseAudioOutput::Figures output; // as the output saw the note's onset
-    bool wasPaused = false;
+// One way to play a note and to silence it.
+struct Player {
+    std::function<void(int)> noteOn;
+    std::function<void()> silence;
 };
 
-// Plays one note from silence for holdMs, then silences the channel.
-Note playNote(Midi_interface &midi, PulseAudioOutput *output, int key, int holdMs)
+// Notes one at a time from silence, each held 150 ms with 50 ms between.
+std::vector<Played> playRun(const Player &player, int count)
 {
-    Note note;
-    note.wasPaused = output && output->isPaused();
-    note.on = steady_clock::now();
-    midi.playNote(key);
-    std::this_thread::sleep_for(std::chrono::milliseconds(holdMs));
-    if (output)
-        note.output = output->figures();
-    note.off = steady_clock::now();
-    midi.SendShortMsg(std::int16_t(midi::ControlChangeStatus + midi.MidiChannel - 1), midi::AllSoundOff, 0);
-    return note;
-}
-
-struct Heard {
-    std::vector<double> atSink;   // ms from NoteOn to the onset's arrival at the monitor
-    std::vector<double> reported; // ms from NoteOn by the output's own account
-    int onsets = 0;
-    int dropouts = 0;
-    double longestGapMs = 0;
-};
-
-// Matches the recording's onsets, in order, to the notes played.
-Heard analyse(const std::vector<Note> &notes, MonitorTap &tap)
-{
-    std::vector<float> samples;
-    std::vector<MonitorTap::Block> blocks;
-    tap.take(samples, blocks);
-    const test::Samples sound(samples);
-    Heard heard;
-    std::size_t from = 0;
-    for (const Note &note : notes) {
-        const auto block = std::find_if(blocks.begin(), blocks.end(),
-                                        [&](const MonitorTap::Block &b) { return b.arrived >= note.on; });
-        if (block == blocks.end())
-            break;
-        from = std::max(from, block == blocks.begin() ? 0 : std::prev(block)->first);
-        const std::size_t onset = from + test::onsetIndex(sound.subspan(from), OnsetLevel);
-        if (onset >= sound.size())
-            break;
-        ++heard.onsets;
-        const auto holder = std::prev(std::upper_bound(blocks.begin(), blocks.end(), onset,
-                                                       [](std::size_t i, const MonitorTap::Block &b) { return i < b.first; }));
-        if (qEnvironmentVariableIsSet("BENCH_VERBOSE"))
-            std::printf("  from %zu (block at %+.1f ms) onset %zu in block %zu at %+.1f ms\n", from,
-                        toMs(block->arrived - note.on), onset, holder->first, toMs(holder->arrived - note.on));
-        heard.atSink.push_back(toMs(holder->arrived - note.on));
-        if (note.output.onsetWritten > note.on)
-            heard.reported.push_back(toMs(note.output.onsetWritten - note.on)
-                                     + double(note.output.onsetLatency.count()) / 1000);
-        // From 10 ms after the onset until the note was silenced, less a
-        // margin for the recorder's delay.
-        const auto held = std::size_t(toMs(note.off - note.on) * Rate / 1000);
-        const std::size_t begin = onset + Rate / 100, end = std::min(sound.size(), onset + held - Rate / 20);
-        if (end > begin) {
-            const double gapMs = 1000.0 * double(test::longestQuietRun(sound.subspan(begin, end - begin), QuietLevel)) / Rate;
-            heard.longestGapMs = std::max(heard.longestGapMs, gapMs);
-            if (gapMs > DropoutMs)
-                ++heard.dropouts;
-        }
-        from = onset + held;
+    std::vector<Played> notes;
+    for (int i = 0; i < count; ++i) {
+        Played note{Clock::now(), {}};
+        player.noteOn(60 + i % 12);
+        std::this_thread::sleep_for(150ms);
+        note.off = Clock::now();
+        player.silence();
+        notes.push_back(note);
+        std::this_thread::sleep_for(50ms);
     }
-    return heard;
+    return notes;
 }
 
-void printRestarts(const char *what, const std::vector<double> &times)
+// The first note on a fresh null sink waits for the sink's long first block.
+void settle(const Player &player)
 {
-    const Spread s = spread(times);
-    std::printf("%s: median %.3f ms, worst %.3f ms of %zu (target <= 20 ms)\n", what, s.median, s.worst, times.size());
+    player.noteOn(48);
+    std::this_thread::sleep_for(2500ms);
+    player.silence();
+    std::this_thread::sleep_for(200ms);
+}
+
+struct Figures {
+    Spread quiet;
+    Spread loaded;
+    int dropoutsQuiet = -1;
+    int dropoutsLoaded = -1;
+    double longestGapMs = 0;
+    int heardQuiet = 0;
+    int heardLoaded = 0;
+};
+
+Figures measure(const Player &player, const test::PrivateSoundServer &server)
+{
+    Figures figures;
+    const int count = runLength();
+    for (const bool loaded : {false, true}) {
+        test::MonitorTap tap(Rate);
+        if (!tap.start(server.address(), server.monitorName().toLatin1()))
+            return figures;
+        std::unique_ptr<SpinningLoad> load = loaded ? std::make_unique<SpinningLoad>() : nullptr;
+        const std::vector<Played> notes = playRun(player, count);
+        load.reset();
+        Heard heard = analyse(notes, tap);
+        figures.longestGapMs = std::max(figures.longestGapMs, heard.longestGapMs);
+        if (loaded) {
+            figures.loaded = spread(heard.latencies);
+            figures.dropoutsLoaded = heard.dropouts;
+            figures.heardLoaded = heard.notes;
+        } else {
+            heard.latencies.resize(std::min<std::size_t>(heard.latencies.size(), LatencyNotes));
+            figures.quiet = spread(heard.latencies);
+            figures.dropoutsQuiet = heard.dropouts;
+            figures.heardQuiet = heard.notes;
+        }
+    }
+    return figures;
+}
+
+void printSideBySide(const Figures &ours, const Figures &theirs, bool haveTheirs)
+{
+    const int count = runLength();
+    const auto row = [&](const char *what, double a, double b) {
+        if (haveTheirs)
+            std::printf("  %-46s %9.2f %11.2f %7.2f\n", what, a, b, a > 0 ? b / a : 0.0);
+        else
+            std::printf("  %-46s %9.2f %11s\n", what, a, "-");
+    };
+    std::printf("  %-46s %9s %11s %7s\n", "", "Tonaro", "fluidsynth", "ratio");
+    row("note-on to sound, quiet, median (ms)", ours.quiet.median, theirs.quiet.median);
+    row("note-on to sound, quiet, worst (ms)", ours.quiet.worst, theirs.quiet.worst);
+    row("note-on to sound, 2 spinning, median (ms)", ours.loaded.median, theirs.loaded.median);
+    row("note-on to sound, 2 spinning, worst (ms)", ours.loaded.worst, theirs.loaded.worst);
+    row("dropouts in the quiet run", ours.dropoutsQuiet, theirs.dropoutsQuiet);
+    row("dropouts with 2 spinning", ours.dropoutsLoaded, theirs.dropoutsLoaded);
+    row("longest gap inside a note (ms)", ours.longestGapMs, theirs.longestGapMs);
+    std::printf("  (latency medians of the first %d notes quiet and all %d loaded; notes heard: ours %d/%d, "
+                "fluidsynth %d/%d of %d)\n",
+                LatencyNotes, count, ours.heardQuiet, ours.heardLoaded, theirs.heardQuiet, theirs.heardLoaded, count);
 }
 
 void benchRestarts(Midi_interface &midi, SystemMidiPlatform &platform, RecordingMessageBoxes &boxes)
 {
     std::vector<double> quiet, busy;
-    int stillSounding = 0;
-    for (int run = 0; run < Runs; ++run) {
-        const auto start = steady_clock::now();
+    for (int run = 0; run < Restarts; ++run) {
+        const auto start = Clock::now();
         midi.restart();
-        quiet.push_back(toMs(steady_clock::now() - start));
+        quiet.push_back(toMs(Clock::now() - start));
     }
-    for (int run = 0; run < Runs; ++run) {
+    for (int run = 0; run < Restarts; ++run) {
         for (int key = 40; key < 70; ++key)
             midi.playNote(key);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        const auto start = steady_clock::now();
+        std::this_thread::sleep_for(30ms);
+        const auto start = Clock::now();
         midi.restart();
-        busy.push_back(toMs(steady_clock::now() - start));
-        // The voices stop at the next block the output renders.
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        stillSounding += platform.builtInSynth().isSounding() ? 1 : 0;
+        busy.push_back(toMs(Clock::now() - start));
     }
-    printRestarts("port restart (close, open, instrument)", quiet);
-    printRestarts("port restart with 30 notes sounding", busy);
-    std::printf("  still sounding 20 ms after the restart: %d of %d; error boxes: %zu\n", stillSounding, Runs,
-                boxes.boxes().size());
-    if (qEnvironmentVariableIsSet("BENCH_VERBOSE") && !boxes.boxes().empty())
-        std::printf("  first box: %s\n", qPrintable(boxes.texts().front()));
+    const Spread a = spread(quiet), b = spread(busy);
+    std::printf("port restart: median %.3f ms, worst %.3f ms; with 30 notes sounding: median %.3f ms, worst %.3f ms "
+                "(target <= 20 ms); error boxes %zu\n",
+                a.median, a.worst, b.median, b.worst, boxes.boxes().size());
+    (void)platform;
 }
 
-// The first note after the program connects. A sink that no client has
-// asked for a short latency renders ahead in long blocks (two seconds for a
-// null sink), and a new stream is not asked for sound again until the block
-// under way has played: the wait is the server's, but a user would hear it.
-// Afterwards the sink keeps to the stream's short blocks.
-void benchFirstNote(Midi_interface &midi, PulseAudioOutput *output, MonitorTap &tap)
+void benchIdle(BuiltInSynth &synth, const test::PrivateSoundServer &server)
 {
-    const auto opened = steady_clock::now();
-    const Note note = playNote(midi, output, 60, 400);
-    std::this_thread::sleep_for(3s - (steady_clock::now() - opened));
-    const Heard heard = analyse({note}, tap);
-    if (heard.atSink.empty())
-        std::printf("first note after the first open: no sound within 3 s\n");
-    else
-        std::printf("first note after the first open, at the sink's monitor: %.1f ms (the sink's long block "
-                    "under way when the stream connected)\n",
-                    heard.atSink.front());
-}
-
-// A sine that never ends, for the reference stream.
-class Tone : public AudioSource
-{
-public:
-    void render(float *interleavedStereo, int frames) override
-    {
-        for (int i = 0; i < frames; ++i) {
-            const auto value = float(0.1 * std::sin(m_phase));
-            interleavedStereo[2 * i] = interleavedStereo[2 * i + 1] = value;
-            m_phase = std::fmod(m_phase + 2 * std::numbers::pi * 440 / Rate, 2 * std::numbers::pi);
-        }
-    }
-    bool isSounding() override { return true; }
-
-private:
-    double m_phase = 0;
-};
-
-// The same output with a plain tone instead of the synthesizer, for as long
-// as the notes above took: the underflows that the machine and the server
-// cause by themselves. -1 when the stream did not start.
-int referenceUnderflows(std::chrono::duration<double> time)
-{
-    Tone tone;
-    PulseAudioOutput reference(tone, PulseAudioOutput::Settings{});
-    if (!reference.start())
-        return -1;
-    reference.wake();
-    std::this_thread::sleep_for(time);
-    return reference.figures().underflows;
-}
-
-void benchSound(Midi_interface &midi, PulseAudioOutput *output, MonitorTap &tap)
-{
-    const int underflowsBefore = output->figures().underflows;
-    const auto start = steady_clock::now();
-    std::vector<Note> notes;
-    for (int run = 0; run < Runs; ++run) {
-        notes.push_back(playNote(midi, output, 60 + run % 12, 400));
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    }
-    const int underflows = output->figures().underflows - underflowsBefore;
-    const std::chrono::duration<double> took = steady_clock::now() - start;
-    const Heard running = analyse(notes, tap);
-    const int reference = referenceUnderflows(took);
-
-    // The first note of a question usually comes after a silence long
-    // enough for the output to have paused.
-    std::vector<Note> woken;
-    for (int run = 0; run < 5; ++run) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(3000));
-        woken.push_back(playNote(midi, output, 64, 400));
-    }
-    const Heard fromPause = analyse(woken, tap);
-
-    const Spread sink = spread(running.atSink), told = spread(running.reported);
-    std::printf("note-on to sound, %d notes on a running stream (%d onsets found):\n", Runs, running.onsets);
-    std::printf("  at the sink's monitor: median %.2f ms, worst %.2f ms (target median <= 20 ms)\n", sink.median,
-                sink.worst);
-    std::printf("  output's account (write time + server latency): median %.2f ms, worst %.2f ms\n", told.median,
-                told.worst);
-    int paused = 0;
-    for (const Note &note : woken)
-        paused += note.wasPaused ? 1 : 0;
-    const Spread sinkWoken = spread(fromPause.atSink), toldWoken = spread(fromPause.reported);
-    std::printf("note-on to sound, %zu notes after 3 s of silence (%d of them on a paused output):\n", woken.size(),
-                paused);
-    std::printf("  at the sink's monitor: median %.2f ms, worst %.2f ms; output's account: median %.2f ms, "
-                "worst %.2f ms\n",
-                sinkWoken.median, sinkWoken.worst, toldWoken.median, toldWoken.worst);
-    std::printf("dropouts (silence > %.0f ms inside a note) in %d notes: %d, longest gap %.2f ms, "
-                "stream underflows %d (target 0)\n",
-                DropoutMs, running.onsets, running.dropouts, running.longestGapMs, underflows);
-    std::printf("  for comparison, a plain tone through the same output for %.1f s: stream underflows %d\n",
-                took.count(), reference);
-}
-
-void benchIdle(PulseAudioOutput *output, qint64 serverPid)
-{
-    // Ten seconds from the last note's silence, in which the output pauses
-    // itself, then ten seconds more of the idle program with the port open.
-    const auto silencedAt = steady_clock::now();
-    auto pausedAt = silencedAt;
-    double cpu = tonaro::bench::processorSeconds();
-    while (steady_clock::now() - silencedAt < 10s) {
-        runEvents(20ms);
-        if (pausedAt == silencedAt && output->isPaused())
-            pausedAt = steady_clock::now();
-    }
-    double wall = duration<double>(steady_clock::now() - silencedAt).count();
-    double used = tonaro::bench::processorSeconds() - cpu;
-    std::printf("idle with the port open, first %.1f s after the last note (output paused after %.0f ms): "
-                "processor %.4f s = %.3f %% of a core (target <= 1 %%)\n",
-                wall, toMs(pausedAt - silencedAt), used, 100 * used / wall);
-
-    cpu = tonaro::bench::processorSeconds();
-    const double serverCpu = processorSecondsOf(serverPid);
-    const auto start = steady_clock::now();
+    // The output pauses half a second after the last note; then 10 s.
+    runEvents(1000ms);
+    double serverBefore = 0;
+    for (const qint64 pid : server.processIds())
+        serverBefore += processorSecondsOf(pid);
+    const double before = processorSeconds();
+    const auto start = Clock::now();
     runEvents(10s);
-    wall = duration<double>(steady_clock::now() - start).count();
-    used = tonaro::bench::processorSeconds() - cpu;
-    std::printf("idle with the port open, next %.1f s: processor %.4f s = %.3f %% of a core (target <= 1 %%); "
-                "sound server %.3f %%\n",
-                wall, used, 100 * used / wall, 100 * (processorSecondsOf(serverPid) - serverCpu) / wall);
+    const double wall = duration<double>(Clock::now() - start).count();
+    double serverAfter = 0;
+    for (const qint64 pid : server.processIds())
+        serverAfter += processorSecondsOf(pid);
+    std::printf("idle with the port open (output %s): %.3f %% of a core (target <= 1 %%); the server %.3f %%\n",
+                synth.output() && synth.output()->isPaused() ? "paused" : "running",
+                100 * (processorSeconds() - before) / wall, 100 * (serverAfter - serverBefore) / wall);
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+void benchReconnect(BuiltInSynth &synth, test::PrivateSoundServer &server)
 {
-    QCoreApplication app(argc, argv);
-    if (findGeneralMidiSoundFont().empty()) {
-        std::printf("skipped: no General MIDI SoundFont installed\n");
-        return 0;
+    const int before = synth.connection()->reconnects();
+    for (const qint64 pid : server.processIds())
+        kill(pid_t(pid), SIGKILL);
+    server.stop();
+    const auto restarting = Clock::now();
+    if (!server.start()) {
+        std::printf("reconnect: the server did not start again (%s)\n", qPrintable(server.error()));
+        return;
     }
-    const double residentBefore = statusMegabytes("VmRSS:");
+    const auto ready = Clock::now();
+    while (synth.connection()->reconnects() == before && Clock::now() - ready < 10s)
+        std::this_thread::sleep_for(1ms);
+    const auto back = Clock::now();
+    std::printf("reconnect after a server restart: %.0f ms after the server took connections "
+                "(server start %.0f ms); %s\n",
+                toMs(back - ready), toMs(ready - restarting),
+                synth.connection()->reconnects() > before ? "playing again" : "NOT back within 10 s");
+}
 
-    // The recorder listens from before the first open, so that the first
-    // note is heard too.
-    test::PrivatePulseServer server;
-    MonitorTap tap(Rate);
-    BuiltInSynth::Options options;
-    QString why;
-    if (!server.start())
-        why = QStringLiteral("no PulseAudio server could start: ") + server.error();
-    else if (!tap.start(server.address(), server.monitorName().toLatin1()))
-        why = QStringLiteral("no recorder on the sink's monitor");
-    const bool sound = why.isEmpty();
-    if (sound) {
-        qputenv("PULSE_SERVER", server.address());
-    } else {
-        std::printf("sound figures skipped (%s);\nrestarts measured on the synthesizer without an output\n",
-                    qPrintable(why));
-        options.output = BuiltInSynth::Output::None;
+void benchServer(test::PrivateSoundServer &server, bool first)
+{
+    std::printf("\n== %s\n", qPrintable(server.name()));
+    if (!server.start()) {
+        std::printf("skipped: %s\n", qPrintable(server.error()));
+        return;
     }
-    SystemMidiPlatform platform(std::make_unique<BuiltInSynth>(options), std::make_unique<RtMidiPorts>());
+    qputenv("PULSE_SERVER", server.address());
+    SystemMidiPlatform platform(std::make_unique<BuiltInSynth>(BuiltInSynth::Options{}), std::make_unique<RtMidiPorts>());
     RecordingMessageBoxes boxes;
     Midi_interface midi(platform, boxes);
     midi.MidiChannel = 1;
@@ -383,27 +252,96 @@ int main(int argc, char *argv[])
     midi.ToggleMidiOut();
     if (!midi.MidiPortOpen) {
         std::printf("the built-in synthesizer did not open: %s\n", qPrintable(boxes.texts().join(QLatin1Char(' '))));
-        return 1;
+        return;
     }
-    std::printf("SoundFont loaded in %.1f ms; resident memory %.1f MB (%.1f MB before the synthesizer; "
-                "target <= 60 MB)\n",
-                platform.builtInSynth().loadTime().count() * 1000, statusMegabytes("VmRSS:"), residentBefore);
+    BuiltInSynth &synth = platform.builtInSynth();
+    if (first)
+        std::printf("SoundFont loaded in %.1f ms; resident memory %.1f MB\n", synth.loadTime().count() * 1000,
+                    statusMegabytes("VmRSS:"));
     midi.SelectInstrument(midi.MidiChannel, 0, 0, 0);
-    PulseAudioOutput *output = platform.builtInSynth().output();
-    if (sound)
-        benchFirstNote(midi, output, tap);
-
-    benchRestarts(midi, platform, boxes);
-    if (sound) {
-        benchSound(midi, output, tap);
-        // The recorder would count against the idle program.
-        tap.stop();
-        benchIdle(output, server.processId());
+    const Player ours{[&](int key) { midi.playNote(key); },
+                      [&] { midi.SendShortMsg(std::int16_t(midi::ControlChangeStatus + midi.MidiChannel - 1),
+                                              midi::AllSoundOff, 0); }};
+    settle(ours);
+    if (first)
+        benchRestarts(midi, platform, boxes);
+    const Figures mine = measure(ours, server);
+    const AudioOutput::Figures output = synth.output()->figures();
+    Figures theirs;
+    bool haveTheirs = false;
+    {
+        // It goes before the idle figures, which its stream would spoil.
+        FluidSynthProgram program;
+        haveTheirs = program.start(server.address(), QString::fromStdString(findGeneralMidiSoundFont()));
+        if (haveTheirs) {
+            const Player fluidsynth{[&](int key) { program.noteOn(key); }, [&] { program.silence(); }};
+            settle(fluidsynth);
+            theirs = measure(fluidsynth, server);
+        } else {
+            std::printf("the fluidsynth program did not start (package fluidsynth)\n");
+        }
     }
-    std::printf("resident memory at the end: %.1f MB, peak %.1f MB (both with the benchmark's recorder and "
-                "reference stream)\n",
-                statusMegabytes("VmRSS:"),
-                statusMegabytes("VmHWM:"));
+    printSideBySide(mine, theirs, haveTheirs);
+    std::printf("  our stream: %d underflows, buffer now %lld ms\n", output.underflows,
+                static_cast<long long>(output.bufferTime.count()));
+    benchIdle(synth, server);
+    benchReconnect(synth, server);
     midi.ToggleMidiOut();
+}
+
+void benchAlsa()
+{
+    std::printf("\n== ALSA alone (file plugin over the null device, paced by our clock)\n");
+    test::PrivateAlsaDevice device;
+    SystemMidiPlatform platform(std::make_unique<BuiltInSynth>(BuiltInSynth::Options{}), std::make_unique<RtMidiPorts>());
+    MidiHandle handle = 0;
+    if (!device.isReady() || platform.open(&handle, 0) != toCode(MidiResult::Ok)) {
+        std::printf("skipped: ALSA's default device did not open\n");
+        return;
+    }
+    AudioOutput *output = platform.builtInSynth().output();
+    std::vector<double> latencies;
+    for (int i = 0; i < LatencyNotes; ++i) {
+        const auto on = Clock::now();
+        platform.sendShortMessage(handle, midi::packShortMessage(midi::NoteOnStatus, 60 + i % 12, 100));
+        std::this_thread::sleep_for(150ms);
+        const AudioOutput::Figures figures = output->figures();
+        if (figures.onsetWritten > on)
+            latencies.push_back(toMs(figures.onsetWritten - on) + double(figures.onsetLatency.count()) / 1000);
+        platform.sendShortMessage(handle, midi::packShortMessage(midi::ControlChangeStatus, midi::AllSoundOff, 0));
+        std::this_thread::sleep_for(50ms);
+    }
+    const Spread s = spread(latencies);
+    std::printf("note-on to sound by the output's account (write time + what is queued ahead): median %.2f ms, "
+                "worst %.2f ms of %zu; underflows %d\n",
+                s.median, s.worst, latencies.size(), output->figures().underflows);
+    runEvents(1000ms);
+    const double before = processorSeconds();
+    runEvents(5s);
+    std::printf("idle with the port open: %.3f %% of a core\n", 100 * (processorSeconds() - before) / 5);
+    platform.close(handle);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    if (findGeneralMidiSoundFont().empty()) {
+        std::printf("skipped: no General MIDI SoundFont installed\n");
+        return 0;
+    }
+    QFile loadAverage(QStringLiteral("/proc/loadavg"));
+    const QByteArray load = loadAverage.open(QIODevice::ReadOnly) ? loadAverage.readAll().trimmed() : QByteArray("?");
+    std::printf("resident memory before the synthesizer: %.1f MB; load average %s; %d notes a run\n",
+                statusMegabytes("VmRSS:"), load.constData(), runLength());
+    test::PrivatePulseServer pulse;
+    benchServer(pulse, true);
+    test::PrivatePipeWireServer pipewire;
+    benchServer(pipewire, false);
+    benchAlsa();
+    std::printf("\nresident memory at the end: %.1f MB, peak %.1f MB\n", statusMegabytes("VmRSS:"),
+                statusMegabytes("VmHWM:"));
     return 0;
 }

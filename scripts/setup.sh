@@ -12,10 +12,13 @@ build=${BUILD_DIR:-build}
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev libqt6svg6-dev libgl-dev
-    libfluidsynth-dev librtmidi-dev libpulse-dev libjack-jackd2-dev
+    libfluidsynth-dev librtmidi-dev libpulse-dev libasound2-dev libjack-jackd2-dev
     musescore-general-soundfont-small qt6-qpa-plugins
 )
-test_packages=(pulseaudio pulseaudio-utils jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils)
+test_packages=(
+    pulseaudio pulseaudio-utils pipewire pipewire-pulse wireplumber pipewire-bin dbus fluidsynth
+    jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils
+)
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi
 

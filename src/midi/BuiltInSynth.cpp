@@ -33,7 +33,7 @@ BuiltInSynth::BuiltInSynth(Options options)
 
 BuiltInSynth::~BuiltInSynth()
 {
-    m_output.reset();
+    m_connection.reset();
     m_loaded.wait();
 }
 
@@ -115,15 +115,16 @@ MidiResult BuiltInSynth::open()
 {
     if (const MidiResult loaded = soundFontState(); loaded != MidiResult::Ok)
         return loaded;
-    if (m_options.output == Output::None || (m_output && m_output->isAlive()))
+    if (m_options.output == Output::None || m_connection)
         return MidiResult::Ok;
-    // First open, or the server went away: connect anew. The old output
-    // goes first, so that only one stream ever renders from the synth.
-    m_output.reset();
-    auto output = std::make_unique<PulseAudioOutput>(*this, m_options.audio);
-    if (!output->start())
+    // A note that could not sound while the output was gone must not sound
+    // late when it is back.
+    auto connection = std::make_unique<AudioConnection>(*this, m_options.audio, [this] {
+        fluid_synth_all_sounds_off(m_synth.get(), AllChannels);
+    });
+    if (!connection->connect())
         return MidiResult::NoAudioOutput;
-    m_output = std::move(output);
+    m_connection = std::move(connection);
     return MidiResult::Ok;
 }
 
@@ -143,11 +144,17 @@ MidiResult BuiltInSynth::send(std::uint32_t message)
     const auto parsed = midi::ShortMessage::unpack(message);
     if (!parsed.isValid())
         return MidiResult::DataOutOfRange;
+    // Nothing plays while the sound server is away: a note then is dropped
+    // rather than kept to sound late, and the connection is sought at once.
+    if (m_connection && !m_connection->isPlaying() && parsed.type() == midi::NoteOnStatus) {
+        m_connection->wake();
+        return MidiResult::Ok;
+    }
     const MidiResult result = play(parsed.type(), parsed.channel(), parsed.data1, parsed.data2);
     // After the message, so that a paused output wakes to a synth that
     // already sounds the new note.
-    if (m_output)
-        m_output->wake();
+    if (m_connection)
+        m_connection->wake();
     return result;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "MidiPlatform.h"
-#include "PulseAudioOutput.h"
+#include "AudioConnection.h"
 
 #include <chrono>
 #include <cstdint>
@@ -17,18 +17,21 @@ namespace tonaro {
 class SoundFontFile;
 
 // The built-in synthesizer: FluidSynth with a General MIDI SoundFont, played
-// through our own PulseAudio output. The SoundFont is loaded once, on a
+// through our own audio output (PulseAudio, PipeWire's PulseAudio server or
+// ALSA alone, whichever the system has). The SoundFont is loaded once, on a
 // thread of its own that the constructor starts, so that the load runs while
 // the program shows its splash window; open() waits for it. The first of the
 // system's SoundFonts that loads is used, and its file is held open for the
 // run (SoundFontFile), as a program's samples are read when it is chosen.
 // Closing the device silences every note but keeps the synthesizer and its
-// connection to the sound server, so that the port restarts in well under a
-// millisecond.
+// connection to the sound system, so that the port restarts in well under a
+// millisecond. When the sound server goes away, the device stays open and
+// plays again as soon as a server is back; the notes sent meanwhile are
+// dropped.
 class BuiltInSynth : public AudioSource
 {
 public:
-    enum class Output { PulseAudio, None };
+    enum class Output { System, None };
 
     struct Options {
         // The folder the SoundFonts are looked for under (the tests' own);
@@ -36,8 +39,8 @@ public:
         std::string soundFontFolder;
         // None renders only when render() is called: the tests' way to hear
         // the very code the device plays through, without a sound device.
-        Output output = Output::PulseAudio;
-        PulseAudioOutput::Settings audio;
+        Output output = Output::System;
+        AudioOutput::Settings audio;
     };
 
     explicit BuiltInSynth(Options options);
@@ -45,8 +48,9 @@ public:
     BuiltInSynth(const BuiltInSynth &) = delete;
     BuiltInSynth &operator=(const BuiltInSynth &) = delete;
 
-    // Waits for the SoundFont; then makes sure the sound server is connected,
-    // connecting anew when it went away since the last open.
+    // Waits for the SoundFont; the first open then connects to the sound
+    // system and fails when nothing can play. Later opens find the
+    // connection there, or being sought again in the background.
     MidiResult open();
     // Silences every sounding note at once.
     void close();
@@ -63,8 +67,9 @@ public:
     // none loaded); both wait for the load.
     std::chrono::duration<double> loadTime();
     std::string soundFontPath();
-    // The audio output while it is connected, for the benchmark's figures.
-    PulseAudioOutput *output() { return m_output.get(); }
+    // The audio output while it plays, for the benchmark's figures.
+    AudioOutput *output() { return m_connection ? m_connection->output() : nullptr; }
+    AudioConnection *connection() { return m_connection.get(); }
 
 private:
     struct SettingsDeleter {
@@ -89,7 +94,7 @@ private:
     std::shared_future<MidiResult> m_loaded;
     // Last, so that it goes first: no callback may render from a synth that
     // is being deleted.
-    std::unique_ptr<PulseAudioOutput> m_output;
+    std::unique_ptr<AudioConnection> m_connection;
 };
 
 } // namespace tonaro

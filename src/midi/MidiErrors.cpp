@@ -21,8 +21,8 @@ constexpr std::array errorTexts{
     ErrorText{MidiResult::InvalidHandle, "The MIDI device handle is not valid: the device is not open."},
     ErrorText{MidiResult::NoMemory, "There is not enough memory for the MIDI device."},
     ErrorText{MidiResult::NoAudioOutput,
-              "The built-in synthesizer found no sound server. "
-              "Start PulseAudio (package pulseaudio) or check the sound card."},
+              "The built-in synthesizer found no sound server and no sound card. "
+              "Install pipewire-pulse or pulseaudio, or check the card."},
     ErrorText{MidiResult::NoSoundFont,
               "The built-in synthesizer found no usable General MIDI SoundFont. "
               "Install the package musescore-general-soundfont-small."},

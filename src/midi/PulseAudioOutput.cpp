@@ -2,6 +2,7 @@
 
 #include <pulse/pulseaudio.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tonaro {
@@ -40,6 +41,15 @@ void release(pa_operation *operation)
 std::uint32_t bytesFor(std::chrono::milliseconds time, int sampleRate)
 {
     return std::uint32_t(time.count() * sampleRate / 1000) * FrameBytes;
+}
+
+// A small target length with ADJUST_LATENCY makes the server run the sink
+// with a short buffer too; the server asks for data every quarter of it,
+// and a note starts playing on the next request.
+pa_buffer_attr bufferAttributes(std::chrono::milliseconds time, int sampleRate)
+{
+    const std::uint32_t target = bytesFor(time, sampleRate);
+    return {std::uint32_t(-1), target, std::uint32_t(-1), target / 4, std::uint32_t(-1)};
 }
 
 } // namespace
@@ -122,7 +132,8 @@ bool PulseAudioOutput::connectContext()
     if (!m_context)
         return false;
     pa_context_set_state_callback(m_context.get(), &PulseAudioOutput::onContextState, this);
-    if (pa_context_connect(m_context.get(), nullptr, PA_CONTEXT_NOFLAGS, nullptr) < 0)
+    const auto flags = m_settings.mayStartServer ? PA_CONTEXT_NOFLAGS : PA_CONTEXT_NOAUTOSPAWN;
+    if (pa_context_connect(m_context.get(), nullptr, flags, nullptr) < 0)
         return false;
     return waitFor([this] {
         const pa_context_state_t state = pa_context_get_state(m_context.get());
@@ -140,11 +151,8 @@ bool PulseAudioOutput::connectStream()
     pa_stream_set_write_callback(m_stream.get(), &PulseAudioOutput::onWritable, this);
     pa_stream_set_underflow_callback(m_stream.get(), &PulseAudioOutput::onUnderflow, this);
 
-    // A small target length with ADJUST_LATENCY makes the server run the
-    // sink with a short buffer too; the server asks for data every quarter
-    // of it, and a note starts playing on the next request.
-    const std::uint32_t target = bytesFor(m_settings.bufferTime, m_settings.sampleRate);
-    const pa_buffer_attr attributes{std::uint32_t(-1), target, std::uint32_t(-1), target / 4, std::uint32_t(-1)};
+    m_figures.bufferTime = m_settings.bufferTime;
+    const pa_buffer_attr attributes = bufferAttributes(m_settings.bufferTime, m_settings.sampleRate);
     const auto flags = pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED
                                          | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_INTERPOLATE_TIMING);
     m_paused = true;
@@ -184,6 +192,12 @@ PulseAudioOutput::Figures PulseAudioOutput::figures()
 
 void PulseAudioOutput::writeSound(std::size_t bytes)
 {
+    if (!m_priorityRaised) {
+        // The loop's thread is the one that renders; it exists only now.
+        raiseAudioThreadPriority();
+        m_priorityRaised = true;
+    }
+    shrinkWhenCalm();
     int written = 0;
     while (bytes >= FrameBytes) {
         void *data = nullptr;
@@ -237,6 +251,24 @@ void PulseAudioOutput::pauseWhenSilent(int frames)
     release(pa_stream_cork(m_stream.get(), 1, nullptr, nullptr));
 }
 
+void PulseAudioOutput::setBufferTime(std::chrono::milliseconds time)
+{
+    m_figures.bufferTime = time;
+    const pa_buffer_attr attributes = bufferAttributes(time, m_settings.sampleRate);
+    release(pa_stream_set_buffer_attr(m_stream.get(), &attributes, nullptr, nullptr));
+}
+
+void PulseAudioOutput::shrinkWhenCalm()
+{
+    if (m_figures.bufferTime <= m_settings.bufferTime
+        || std::chrono::steady_clock::now() - m_lastUnderflow < m_settings.calmBeforeShrinking)
+        return;
+    // Halving restarts the calm spell, so that the buffer comes down step
+    // by step and a load that returns finds the last size that held.
+    m_lastUnderflow = std::chrono::steady_clock::now();
+    setBufferTime(std::max(m_settings.bufferTime, m_figures.bufferTime / 2));
+}
+
 void PulseAudioOutput::onContextState(pa_context *context, void *self)
 {
     auto *output = static_cast<PulseAudioOutput *>(self);
@@ -260,7 +292,11 @@ void PulseAudioOutput::onWritable(pa_stream *, std::size_t bytes, void *self)
 
 void PulseAudioOutput::onUnderflow(pa_stream *, void *self)
 {
-    ++static_cast<PulseAudioOutput *>(self)->m_figures.underflows;
+    auto *output = static_cast<PulseAudioOutput *>(self);
+    ++output->m_figures.underflows;
+    output->m_lastUnderflow = std::chrono::steady_clock::now();
+    if (output->m_figures.bufferTime < output->m_settings.largestBufferTime)
+        output->setBufferTime(std::min(output->m_settings.largestBufferTime, output->m_figures.bufferTime * 2));
 }
 
 void PulseAudioOutput::onTimeout(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)

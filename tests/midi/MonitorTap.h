@@ -1,6 +1,6 @@
 #pragma once
 
-// A record stream of the benchmark's own on a sink's monitor, mono float,
+// A record stream of the test's own on a sink's monitor, mono float,
 // that keeps every sample and the steady-clock time each block of them
 // arrived: with a null sink, a block reaches the monitor as the sink plays
 // it, so the arrival of a sound is when a listener would hear it.
@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-namespace tonaro::bench {
+namespace tonaro::test {
 
 class MonitorTap
 {
@@ -31,13 +31,15 @@ public:
     MonitorTap(const MonitorTap &) = delete;
     MonitorTap &operator=(const MonitorTap &) = delete;
 
+    // May be called again after it failed.
     bool start(const QByteArray &server, const QByteArray &source)
     {
+        stop();
         m_loop.reset(pa_threaded_mainloop_new());
         if (!m_loop || pa_threaded_mainloop_start(m_loop.get()) < 0)
             return false;
         Lock lock(m_loop.get());
-        m_context.reset(pa_context_new(pa_threaded_mainloop_get_api(m_loop.get()), "Tonaro benchmark recorder"));
+        m_context.reset(pa_context_new(pa_threaded_mainloop_get_api(m_loop.get()), "Tonaro test recorder"));
         if (!m_context)
             return false;
         pa_context_set_state_callback(m_context.get(), &MonitorTap::onContextState, this);
@@ -155,4 +157,4 @@ private:
     std::vector<Block> m_blocks;
 };
 
-} // namespace tonaro::bench
+} // namespace tonaro::test

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace tonaro {
+
+// What an audio output pulls its sound from, on the output's own thread.
+class AudioSource
+{
+public:
+    virtual ~AudioSource() = default;
+    virtual void render(float *interleavedStereo, int frames) = 0;
+    // False once every note has died away, so that the output may pause.
+    virtual bool isSounding() = 0;
+};
+
+// A playback stream that pulls its sound from an AudioSource in small
+// blocks on a thread of its own, and pauses itself after a while of silence
+// so that an idle program costs nothing; the next message wakes it again.
+// Each sound system the program can play through is one kind of output.
+class AudioOutput
+{
+public:
+    enum class Backend { PulseAudio, Alsa };
+
+    struct Settings {
+        int sampleRate = 44100;
+        // What the stream keeps buffered when the machine is calm; after an
+        // underflow it doubles, up to the largest, and it halves again after
+        // a calm spell, so that a busy machine costs latency, not sound.
+        std::chrono::milliseconds bufferTime{10};
+        std::chrono::milliseconds largestBufferTime{20};
+        std::chrono::milliseconds calmBeforeShrinking{10000};
+        std::chrono::milliseconds connectTimeout{2000};
+        std::chrono::milliseconds pauseAfterSilence{500};
+        // False when a lost server is being sought again: a restarting
+        // server is the session's business, not ours to spawn.
+        bool mayStartServer = true;
+    };
+
+    // What the benchmark measures the output by.
+    struct Figures {
+        int underflows = 0;
+        int pauses = 0;
+        int resumes = 0;
+        std::chrono::milliseconds bufferTime{0};
+        // When the first block that sounded after a silent one was handed to
+        // the sound system, and how long its first sound then waited in the
+        // buffers until it played.
+        std::chrono::steady_clock::time_point onsetWritten{};
+        std::chrono::microseconds onsetLatency{0};
+    };
+
+    virtual ~AudioOutput() = default;
+
+    // Connects and opens the stream, paused. False when the sound system is
+    // not there or refused the stream within the connect timeout.
+    virtual bool start() = 0;
+    // False once the sound system has gone away or failed the stream.
+    virtual bool isAlive() const = 0;
+    // Resumes a paused stream and restarts the silence count. Call it after
+    // every message to the source, so that a new note is never left unheard.
+    virtual void wake() = 0;
+    virtual bool isPaused() const = 0;
+    virtual Figures figures() = 0;
+    virtual Backend backend() const = 0;
+};
+
+// The first of backends, in order, whose output starts; null when none does.
+std::unique_ptr<AudioOutput> startAudioOutput(AudioSource &source, const AudioOutput::Settings &settings,
+                                              const std::vector<AudioOutput::Backend> &backends);
+
+// Asks the system to run the calling audio thread before ordinary work:
+// real-time scheduling where granted, else a higher priority, else nothing.
+void raiseAudioThreadPriority();
+
+} // namespace tonaro
