@@ -12,7 +12,7 @@
 #include "midi/SoundFontFile.h"
 #include "midi/SoundFontLocator.h"
 #include "midi/SystemMidiPlatform.h"
-#include "shell/MessageBoxes.h"
+#include "RecordingMessageBoxes.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
