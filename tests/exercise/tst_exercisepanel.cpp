@@ -20,21 +20,8 @@ using Ints = QList<int>;
 
 namespace {
 
-ExercisePanel *make(const QString &window, const Services &services)
-{
-    if (window == "formintervalli")
-        return new formintervalli(services);
-    if (window == "Formchords")
-        return new Formchords(services);
-    if (window == "Formscales")
-        return new Formscales(services);
-    if (window == "formarmonia")
-        return new formarmonia(services);
-    return new formmelody(services);
-}
-
 struct Panel : test::Loaded<ExercisePanel> {
-    Panel(const QString &name, bool autoNew = false) : Loaded(autoNew, [&](const Services &s) { return make(name, s); }) {}
+    Panel(const QString &name, bool autoNew = false) : Loaded(autoNew, [&](const Services &s) { return test::makeExercise(name, s); }) {}
     bool melody() const { return w->objectName() == "formmelody"; }
     // The answer button of entry (or key) index, by the user's click.
     QString answerButton(int index) const

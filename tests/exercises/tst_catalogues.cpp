@@ -20,21 +20,8 @@ using Draws = QList<double>;
 
 namespace {
 
-ExercisePanel *make(const QString &window, const Services &services)
-{
-    if (window == "formintervalli")
-        return new formintervalli(services);
-    if (window == "Formchords")
-        return new Formchords(services);
-    if (window == "Formscales")
-        return new Formscales(services);
-    if (window == "formarmonia")
-        return new formarmonia(services);
-    return new formmelody(services);
-}
-
 struct Window : test::Loaded<ExercisePanel> {
-    explicit Window(const QString &name) : Loaded(false, [&](const Services &s) { return make(name, s); }) {}
+    explicit Window(const QString &name) : Loaded(false, [&](const Services &s) { return test::makeExercise(name, s); }) {}
     void pressAll(const QStringList &names)
     {
         for (const QString &name : names)

@@ -23,19 +23,6 @@ using Draws = QList<double>;
 
 namespace {
 
-ExercisePanel *make(const QString &window, const Services &services)
-{
-    if (window == "formmelody")
-        return new formmelody(services);
-    if (window == "formintervalli")
-        return new formintervalli(services);
-    if (window == "Formchords")
-        return new Formchords(services);
-    if (window == "Formscales")
-        return new Formscales(services);
-    return new formarmonia(services);
-}
-
 // A window whose services carry the input double.
 struct Played {
     PlayingMidiInput input;
@@ -45,7 +32,7 @@ struct Played {
         : window(autoNew, [this, name](const Services &services) {
             Services withInput = services;
             withInput.input = &input;
-            return make(name, withInput);
+            return test::makeExercise(name, withInput);
         })
     {
     }

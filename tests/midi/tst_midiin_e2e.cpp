@@ -63,19 +63,6 @@ private:
     RtMidiOut m_out;
 };
 
-ExercisePanel *make(const QString &window, const Services &services)
-{
-    if (window == "formmelody")
-        return new formmelody(services);
-    if (window == "formintervalli")
-        return new formintervalli(services);
-    if (window == "Formchords")
-        return new Formchords(services);
-    if (window == "Formscales")
-        return new Formscales(services);
-    return new formarmonia(services);
-}
-
 bool listensTo(const RtMidiInput &input, const std::string &source)
 {
     const auto open = input.openSources();
@@ -91,7 +78,7 @@ struct Program : TestServices {
     {
         Services withInput = services;
         withInput.input = &input;
-        window = make(name, withInput);
+        window = test::makeExercise(name, withInput);
         window->Form_Load();
         window->show();
         child<QCheckBox>(window, QStringLiteral("autonewcheck"))->setChecked(false);

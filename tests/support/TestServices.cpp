@@ -1,6 +1,11 @@
 #include "TestServices.h"
 
 #include "exercise/WaitMs.h"
+#include "exercises/Formchords/Formchords.h"
+#include "exercises/Formscales/Formscales.h"
+#include "exercises/formarmonia/formarmonia.h"
+#include "exercises/formintervalli/formintervalli.h"
+#include "exercises/formmelody/formmelody.h"
 
 #include <QRadioButton>
 
@@ -51,6 +56,19 @@ QStringList score(const QObject *window)
     for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel"})
         texts << text(window, QString::fromLatin1(name));
     return texts;
+}
+
+ExercisePanel *makeExercise(const QString &objectName, const Services &services)
+{
+    if (objectName == QLatin1String("formintervalli"))
+        return new formintervalli(services);
+    if (objectName == QLatin1String("Formchords"))
+        return new Formchords(services);
+    if (objectName == QLatin1String("Formscales"))
+        return new Formscales(services);
+    if (objectName == QLatin1String("formarmonia"))
+        return new formarmonia(services);
+    return new formmelody(services);
 }
 
 } // namespace tonaro::test

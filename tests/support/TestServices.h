@@ -12,6 +12,10 @@
 #include <QPointer>
 #include <QtTest>
 
+namespace tonaro {
+class ExercisePanel;
+}
+
 namespace tonaro::test {
 
 // The doubles a test drives the real widgets with: the MIDI recorder, the
@@ -50,6 +54,9 @@ inline void click(const QObject *parent, const QString &name) { click(child(pare
 inline QString text(const QObject *parent, const QString &label) { return child<QLabel>(parent, label)->text(); }
 // The four score captions: questions, right answers, answers, percentage.
 QStringList score(const QObject *window);
+
+// A new exercise window, by its object name.
+ExercisePanel *makeExercise(const QString &objectName, const Services &services);
 
 // One exercise window on the doubles, loaded and shown, Auto NEW as asked.
 template<typename Window>
