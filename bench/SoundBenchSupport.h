@@ -89,7 +89,7 @@ public:
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         m_process.setStandardOutputFile(QProcess::nullDevice());
-        test::dieWithParent(m_process);
+        m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
         // The same dry sound and gain as ours.
         m_process.start(QStringLiteral("fluidsynth"),
                         {"-a", "pulseaudio", "-q", "-R", "0", "-C", "0", "-g", "0.5", "-r", "44100", soundFont});
@@ -98,7 +98,12 @@ public:
         command("prog 0 0");
         return m_process.state() == QProcess::Running;
     }
-    ~FluidSynthProgram() { test::stopProcess(m_process); }
+    ~FluidSynthProgram()
+    {
+        m_process.terminate();
+        if (!m_process.waitForFinished(3000))
+            m_process.kill(), m_process.waitForFinished(3000);
+    }
 
     void command(const QByteArray &line)
     {

@@ -18,8 +18,7 @@
 // BENCH_NOTES sets the length of the runs (200).
 
 #include "../tests/midi/PrivateAlsaDevice.h"
-#include "../tests/midi/PrivatePipeWireServer.h"
-#include "../tests/midi/PrivatePulseServer.h"
+#include "../tests/midi/PrivateSoundServer.h"
 #include "BenchSupport.h"
 #include "SoundBenchSupport.h"
 #include "midi/MidiMessages.h"
@@ -336,9 +335,9 @@ int main(int argc, char *argv[])
     const QByteArray load = loadAverage.open(QIODevice::ReadOnly) ? loadAverage.readAll().trimmed() : QByteArray("?");
     std::printf("resident memory before the synthesizer: %.1f MB; load average %s; %d notes a run\n",
                 statusMegabytes("VmRSS:"), load.constData(), runLength());
-    test::PrivatePulseServer pulse;
+    test::PrivateSoundServer pulse(test::PrivateSoundServer::Kind::PulseAudio);
     benchServer(pulse, true);
-    test::PrivatePipeWireServer pipewire;
+    test::PrivateSoundServer pipewire(test::PrivateSoundServer::Kind::PipeWire);
     benchServer(pipewire, false);
     benchAlsa();
     std::printf("\nresident memory at the end: %.1f MB, peak %.1f MB\n", statusMegabytes("VmRSS:"),

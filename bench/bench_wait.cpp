@@ -3,7 +3,7 @@
 // The built-in synthesizer plays to a PulseAudio server of the benchmark's
 // own unless PULSE_SERVER names one, and the message boxes are recorded,
 // not shown: a box that waited for a click would hang the run.
-#include "../tests/midi/PrivatePulseServer.h"
+#include "../tests/midi/PrivateSoundServer.h"
 #include "BenchSupport.h"
 #include "exercise/RandomSource.h"
 #include "exercise/WaitMs.h"
@@ -58,7 +58,7 @@ int main(int argc, char *argv[])
 
     // The server's start is no part of the program's.
     const auto serverStart = steady_clock::now();
-    tonaro::test::PrivatePulseServer server;
+    tonaro::test::PrivateSoundServer server(tonaro::test::PrivateSoundServer::Kind::PulseAudio);
     if (qEnvironmentVariableIsEmpty("PULSE_SERVER")) {
         if (server.start())
             qputenv("PULSE_SERVER", server.address());

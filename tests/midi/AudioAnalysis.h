@@ -1,12 +1,11 @@
 #pragma once
 
 // Measurements on mono sample blocks for the sound tests and the audio
-// benchmark: pitch, level, harmonic profile, onset and gaps.
+// benchmark: pitch, level, onset and gaps.
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
 #include <span>
 #include <vector>
 
@@ -58,40 +57,6 @@ inline double estimatePitch(Samples x, int sampleRate, double lowestHz = 60, dou
     if (curvature > 0) // a parabola through the dip and its neighbours
         lag += 0.5 * (d[best - 1] - d[best + 1]) / curvature;
     return sampleRate / lag;
-}
-
-// The levels of the first harmonics of fundamental (Goertzel over a Hann
-// window) in decibels below the strongest of them, floored at -90 dB: the
-// timbre, whatever the loudness.
-inline std::vector<double> harmonicProfile(Samples x, int sampleRate, double fundamental, int harmonics = 8)
-{
-    std::vector<double> levels;
-    for (int k = 1; k <= harmonics; ++k) {
-        const double coefficient = 2 * std::cos(2 * std::numbers::pi * k * fundamental / sampleRate);
-        double previous = 0, beforePrevious = 0;
-        for (std::size_t i = 0; i < x.size(); ++i) {
-            const double hann = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * double(i) / double(x.size()));
-            const double current = hann * x[i] + coefficient * previous - beforePrevious;
-            beforePrevious = previous;
-            previous = current;
-        }
-        const double power = previous * previous + beforePrevious * beforePrevious - coefficient * previous * beforePrevious;
-        levels.push_back(std::sqrt(std::max(power, 0.0)));
-    }
-    const double strongest = *std::max_element(levels.begin(), levels.end());
-    for (double &level : levels)
-        level = strongest > 0 && level > 0 ? std::max(-90.0, 20 * std::log10(level / strongest)) : -90.0;
-    return levels;
-}
-
-// The mean difference of two harmonic profiles, in decibels.
-inline double profileDistance(const std::vector<double> &a, const std::vector<double> &b)
-{
-    const std::size_t count = std::min(a.size(), b.size());
-    double distance = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        distance += std::fabs(a[i] - b[i]);
-    return count ? distance / double(count) : 0;
 }
 
 // The index of the first sample louder than level; x.size() when none is.

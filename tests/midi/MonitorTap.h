@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace tonaro::test {
@@ -23,10 +22,7 @@ public:
         std::chrono::steady_clock::time_point arrived;
     };
 
-    explicit MonitorTap(int sampleRate)
-        : m_rate(sampleRate)
-    {
-    }
+    explicit MonitorTap(int sampleRate) : m_rate(sampleRate) {}
     ~MonitorTap() { stop(); }
     MonitorTap(const MonitorTap &) = delete;
     MonitorTap &operator=(const MonitorTap &) = delete;
@@ -35,31 +31,33 @@ public:
     bool start(const QByteArray &server, const QByteArray &source)
     {
         stop();
-        m_loop.reset(pa_threaded_mainloop_new());
-        if (!m_loop || pa_threaded_mainloop_start(m_loop.get()) < 0)
+        m_loop = pa_threaded_mainloop_new();
+        if (!m_loop || pa_threaded_mainloop_start(m_loop) < 0)
             return false;
-        Lock lock(m_loop.get());
-        m_context.reset(pa_context_new(pa_threaded_mainloop_get_api(m_loop.get()), "Tonaro test recorder"));
-        if (!m_context)
+        Lock lock(m_loop);
+        m_context = pa_context_new(pa_threaded_mainloop_get_api(m_loop), "Tonaro test recorder");
+        pa_context_set_state_callback(m_context, &MonitorTap::signal, m_loop);
+        const auto contextReady = [this] {
+            const pa_context_state_t s = pa_context_get_state(m_context);
+            return s == PA_CONTEXT_READY ? 1 : PA_CONTEXT_IS_GOOD(s) ? 0 : -1;
+        };
+        if (pa_context_connect(m_context, server.constData(), PA_CONTEXT_NOFLAGS, nullptr) < 0 || !waitUntil(contextReady))
             return false;
-        pa_context_set_state_callback(m_context.get(), &MonitorTap::onContextState, this);
-        if (pa_context_connect(m_context.get(), server.constData(), PA_CONTEXT_NOFLAGS, nullptr) < 0
-            || !waitUntil([this] { return readiness(pa_context_get_state(m_context.get())); }))
-            return false;
-
         const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_rate), 1};
-        m_stream.reset(pa_stream_new(m_context.get(), "monitor", &format, nullptr));
-        if (!m_stream)
-            return false;
-        pa_stream_set_state_callback(m_stream.get(), &MonitorTap::onStreamState, this);
-        pa_stream_set_read_callback(m_stream.get(), &MonitorTap::onReadable, this);
+        m_stream = pa_stream_new(m_context, "monitor", &format, nullptr);
+        pa_stream_set_state_callback(m_stream, &MonitorTap::signal, m_loop);
+        pa_stream_set_read_callback(m_stream, &MonitorTap::onReadable, this);
         // Blocks of 2 ms travel as soon as the sink renders them. Without
         // ADJUST_LATENCY the recorder asks the sink for no latency of its
         // own, so the sink keeps the timing the synthesizer's stream set.
         constexpr auto Unset = std::uint32_t(-1);
         const pa_buffer_attr attributes{Unset, Unset, Unset, Unset, std::uint32_t(m_rate / 500 * sizeof(float))};
-        return pa_stream_connect_record(m_stream.get(), source.constData(), &attributes, PA_STREAM_NOFLAGS) >= 0
-            && waitUntil([this] { return readiness(pa_stream_get_state(m_stream.get())); });
+        const auto streamReady = [this] {
+            const pa_stream_state_t s = pa_stream_get_state(m_stream);
+            return s == PA_STREAM_READY ? 1 : PA_STREAM_IS_GOOD(s) ? 0 : -1;
+        };
+        return pa_stream_connect_record(m_stream, source.constData(), &attributes, PA_STREAM_NOFLAGS) >= 0
+            && waitUntil(streamReady);
     }
 
     void stop()
@@ -67,71 +65,52 @@ public:
         if (!m_loop)
             return;
         {
-            Lock lock(m_loop.get());
+            Lock lock(m_loop);
             if (m_stream)
-                pa_stream_disconnect(m_stream.get());
+                pa_stream_disconnect(m_stream);
             if (m_context)
-                pa_context_disconnect(m_context.get());
+                pa_context_disconnect(m_context);
         }
-        // With the loop stopped no callback can run while the members go.
-        pa_threaded_mainloop_stop(m_loop.get());
-        m_stream.reset();
-        m_context.reset();
-        m_loop.reset();
+        // With the loop stopped no callback can run while the rest goes.
+        pa_threaded_mainloop_stop(m_loop);
+        if (m_stream)
+            pa_stream_unref(m_stream);
+        if (m_context)
+            pa_context_unref(m_context);
+        pa_threaded_mainloop_free(m_loop);
+        m_loop = nullptr, m_context = nullptr, m_stream = nullptr;
     }
 
     // Copies of what arrived so far; after stop(), of all that arrived.
     void take(std::vector<float> &samples, std::vector<Block> &blocks)
     {
-        std::unique_ptr<Lock> lock = m_loop ? std::make_unique<Lock>(m_loop.get()) : nullptr;
+        if (m_loop)
+            pa_threaded_mainloop_lock(m_loop);
         samples = m_samples;
         blocks = m_blocks;
+        if (m_loop)
+            pa_threaded_mainloop_unlock(m_loop);
     }
 
 private:
-    struct LoopDeleter {
-        void operator()(pa_threaded_mainloop *loop) const { pa_threaded_mainloop_free(loop); }
-    };
-    struct ContextDeleter {
-        void operator()(pa_context *context) const { pa_context_unref(context); }
-    };
-    struct StreamDeleter {
-        void operator()(pa_stream *stream) const { pa_stream_unref(stream); }
+    struct Lock {
+        explicit Lock(pa_threaded_mainloop *loop) : loop(loop) { pa_threaded_mainloop_lock(loop); }
+        ~Lock() { pa_threaded_mainloop_unlock(loop); }
+        pa_threaded_mainloop *loop;
     };
 
-    class Lock
-    {
-    public:
-        explicit Lock(pa_threaded_mainloop *loop)
-            : m_loop(loop)
-        {
-            pa_threaded_mainloop_lock(m_loop);
-        }
-        ~Lock() { pa_threaded_mainloop_unlock(m_loop); }
-        Lock(const Lock &) = delete;
-        Lock &operator=(const Lock &) = delete;
-
-    private:
-        pa_threaded_mainloop *m_loop;
-    };
-
-    // 1 when ready, -1 when failed, 0 while still under way.
-    static int readiness(pa_context_state_t s) { return s == PA_CONTEXT_READY ? 1 : PA_CONTEXT_IS_GOOD(s) ? 0 : -1; }
-    static int readiness(pa_stream_state_t s) { return s == PA_STREAM_READY ? 1 : PA_STREAM_IS_GOOD(s) ? 0 : -1; }
-
+    // Waits while ready() says 0 (under way): true when it says 1 (ready).
     template<typename Ready>
     bool waitUntil(Ready ready)
     {
-        for (int state = ready();; state = ready()) {
-            if (state != 0)
-                return state > 0;
-            pa_threaded_mainloop_wait(m_loop.get());
-        }
+        int state = 0;
+        while ((state = ready()) == 0)
+            pa_threaded_mainloop_wait(m_loop);
+        return state > 0;
     }
 
-    static void onContextState(pa_context *, void *self) { static_cast<MonitorTap *>(self)->signal(); }
-    static void onStreamState(pa_stream *, void *self) { static_cast<MonitorTap *>(self)->signal(); }
-    void signal() { pa_threaded_mainloop_signal(m_loop.get(), 0); }
+    template<typename Object>
+    static void signal(Object *, void *loop) { pa_threaded_mainloop_signal(static_cast<pa_threaded_mainloop *>(loop), 0); }
 
     static void onReadable(pa_stream *stream, std::size_t, void *self)
     {
@@ -140,9 +119,9 @@ private:
         const void *data = nullptr;
         std::size_t bytes = 0;
         while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &bytes) == 0 && bytes > 0) {
-            const auto *values = static_cast<const float *>(data);
             tap->m_blocks.push_back({tap->m_samples.size(), arrived});
             // A hole in the recording (no data) is kept as silence.
+            const auto *values = static_cast<const float *>(data);
             for (std::size_t i = 0; i < bytes / sizeof(float); ++i)
                 tap->m_samples.push_back(values ? values[i] : 0.0f);
             pa_stream_drop(stream);
@@ -150,9 +129,9 @@ private:
     }
 
     const int m_rate;
-    std::unique_ptr<pa_threaded_mainloop, LoopDeleter> m_loop;
-    std::unique_ptr<pa_context, ContextDeleter> m_context;
-    std::unique_ptr<pa_stream, StreamDeleter> m_stream;
+    pa_threaded_mainloop *m_loop = nullptr;
+    pa_context *m_context = nullptr;
+    pa_stream *m_stream = nullptr;
     std::vector<float> m_samples;
     std::vector<Block> m_blocks;
 };

@@ -2,81 +2,142 @@
 
 // A sound server of the test's own, started as plain child processes in a
 // private runtime folder, with one null sink that the test records from
-// the sink's monitor over the PulseAudio protocol. The end-to-end test and
-// the audio benchmark share them.
+// the sink's monitor over the PulseAudio protocol: PulseAudio itself, or
+// PipeWire as desktops run it (the server, its session manager and its
+// PulseAudio server, on a session bus of their own, which the session
+// manager needs). The end-to-end test and the audio benchmark share them.
 
-#include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtCore/qtestsupport_core.h> // QTest::qWaitFor, without linking Qt Test
 
 #include <sys/prctl.h>
 
 #include <csignal>
+#include <memory>
 #include <vector>
 
 namespace tonaro::test {
-
-// The child dies with the test process, even when that crashes, so that no
-// server outlives the run that started it.
-inline void dieWithParent(QProcess &process)
-{
-    process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-}
-
-inline void stopProcess(QProcess &process)
-{
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.terminate();
-    if (!process.waitForFinished(3000)) {
-        process.kill();
-        process.waitForFinished(3000);
-    }
-}
 
 class PrivateSoundServer
 {
 public:
     static constexpr int SampleRate = 44100;
-    static inline const QString SinkName = QStringLiteral("tonaro_null");
+    enum class Kind { PulseAudio, PipeWire };
 
-    virtual ~PrivateSoundServer() = default;
-    virtual QString name() const = 0;
+    explicit PrivateSoundServer(Kind kind) : m_kind(kind) {}
+    ~PrivateSoundServer() { stop(); }
+
+    QString name() const { return m_kind == Kind::PipeWire ? QStringLiteral("PipeWire") : QStringLiteral("PulseAudio"); }
+    // What PULSE_SERVER must hold for a client to reach this server.
+    QByteArray address() const { return "unix:" + m_dir.filePath(QStringLiteral("native")).toLocal8Bit(); }
+    QString monitorName() const { return QStringLiteral("tonaro_null.monitor"); }
+    QString error() const { return m_error; }
+    std::vector<qint64> processIds() const
+    {
+        std::vector<qint64> ids;
+        for (const auto &process : m_processes)
+            ids.push_back(process->processId());
+        return ids;
+    }
+
     // Starts the server and waits until it takes connections; again after
     // stop(), at the same address. On failure error() tells why.
-    virtual bool start() = 0;
-    virtual void stop() = 0;
-    // The server's processes, for their processor time.
-    virtual std::vector<qint64> processIds() const = 0;
-
-    // What PULSE_SERVER must hold for a client to reach this server.
-    QByteArray address() const { return "unix:" + socketPath().toLocal8Bit(); }
-    QString monitorName() const { return SinkName + QStringLiteral(".monitor"); }
-    QString error() const { return m_error; }
-    QString filePath(const QString &name) const { return m_dir.filePath(name); }
-    virtual QString socketPath() const = 0;
-
-protected:
-    QProcessEnvironment privateEnvironment() const
+    bool start()
     {
+        if (!m_dir.isValid() || !writePipeWireSink()) {
+            m_error = QStringLiteral("no temporary folder for the server");
+            return false;
+        }
+        // Each program comes up before the next needs it, shown by the file
+        // it makes: the bus, the server with the sink, then its clients.
+        for (const Step &step : steps()) {
+            if (!startProcess(step.program, step.arguments) || !waitFor(step.makes)) {
+                m_dir.setAutoRemove(false);
+                stop();
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void stop()
+    {
+        for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
+            (*process)->terminate();
+            if (!(*process)->waitForFinished(3000))
+                (*process)->kill(), (*process)->waitForFinished(3000);
+        }
+        m_processes.clear();
+        for (const char *made : {"native", "bus", "pipewire-0"})
+            QFile::remove(m_dir.filePath(QString::fromLatin1(made)));
+    }
+
+private:
+    struct Step {
+        QString program;
+        QStringList arguments;
+        QString makes; // empty: nothing to wait for
+    };
+
+    std::vector<Step> steps() const
+    {
+        if (m_kind == Kind::PulseAudio) {
+            // No default.pa (-n): only the null sink and the socket. A server
+            // run as root warns that it is not meant to be; that is fine here.
+            return {{"pulseaudio",
+                     {"--daemonize=no", "--system=false", "--exit-idle-time=-1", "--use-pid-file=false", "-n",
+                      "--log-target=stderr", "-L", QStringLiteral("module-null-sink sink_name=tonaro_null rate=%1").arg(SampleRate),
+                      "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + m_dir.filePath("native")},
+                     "native"}};
+        }
+        return {{"dbus-daemon", {"--session", "--nofork", "--nopidfile", "--address=" + busAddress()}, "bus"},
+                {"pipewire", {}, "pipewire-0"},
+                {"wireplumber", {}, {}},
+                {"pipewire-pulse", {}, "native"}};
+    }
+
+    QString busAddress() const { return QStringLiteral("unix:path=") + m_dir.filePath(QStringLiteral("bus")); }
+
+    // PipeWire's support.null-audio-sink factory makes a sink without hardware.
+    bool writePipeWireSink() const
+    {
+        if (m_kind != Kind::PipeWire)
+            return true;
+        QDir(m_dir.path()).mkpath(QStringLiteral("pipewire/pipewire.conf.d"));
+        QFile file(m_dir.filePath(QStringLiteral("pipewire/pipewire.conf.d/tonaro-null-sink.conf")));
+        return file.open(QIODevice::WriteOnly)
+            && file.write(QStringLiteral("context.objects = [ { factory = adapter args = {\n"
+                                         "  factory.name = support.null-audio-sink node.name = tonaro_null\n"
+                                         "  media.class = Audio/Sink audio.position = [ FL FR ]\n"
+                                         "  audio.rate = %1 monitor.channel-volumes = true } } ]\n")
+                              .arg(SampleRate)
+                              .toUtf8())
+                > 0;
+    }
+
+    // One of the server's programs, with its output in a log of its own
+    // and its runtime, state and configuration in the private folder. It
+    // dies with the test process, even when that crashes.
+    bool startProcess(const QString &program, const QStringList &arguments)
+    {
+        if (QStandardPaths::findExecutable(program).isEmpty()) {
+            m_error = program + QStringLiteral(" is not installed");
+            return false;
+        }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char *name : {"PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "HOME"})
             environment.insert(QString::fromLatin1(name), m_dir.path());
         environment.remove(QStringLiteral("PULSE_SERVER"));
-        return environment;
-    }
-
-    // Starts one of the server's programs with its output in a log of its
-    // own; false (with error() set) when it does not run.
-    bool startProcess(QProcess &process, const QString &program, const QStringList &arguments,
-                      const QProcessEnvironment &environment)
-    {
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress());
+        auto &process = *m_processes.emplace_back(std::make_unique<QProcess>());
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.setStandardOutputFile(m_dir.filePath(program + QStringLiteral(".log")));
-        dieWithParent(process);
+        process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
         process.start(program, arguments);
         if (process.waitForStarted(5000))
             return true;
@@ -84,25 +145,24 @@ protected:
         return false;
     }
 
-    // Waits for the PulseAudio socket while every process runs.
-    bool waitForSocket(const std::vector<QProcess *> &processes)
+    // Waits for the file a program makes while every program runs.
+    bool waitFor(const QString &made)
     {
-        const auto allRunning = [&] {
-            for (const QProcess *process : processes) {
-                if (process->state() != QProcess::Running)
-                    return false;
-            }
-            return true;
+        const auto allRunning = [this] {
+            return std::all_of(m_processes.begin(), m_processes.end(),
+                               [](const auto &process) { return process->state() == QProcess::Running; });
         };
-        if (QTest::qWaitFor([&] { return QFile::exists(socketPath()) || !allRunning(); }, 10000) && allRunning())
+        const bool up = made.isEmpty() || QTest::qWaitFor([&] { return QFile::exists(m_dir.filePath(made)) || !allRunning(); }, 10000);
+        if (up && allRunning())
             return true;
         m_error = name() + QStringLiteral(" did not come up; see the logs in ") + m_dir.path();
-        m_dir.setAutoRemove(false);
         return false;
     }
 
+    const Kind m_kind;
     QTemporaryDir m_dir;
     QString m_error;
+    std::vector<std::unique_ptr<QProcess>> m_processes;
 };
 
 } // namespace tonaro::test
