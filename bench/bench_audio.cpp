@@ -15,7 +15,8 @@
 // note's first sound, less the time of the NoteOn call, is the latency a
 // listener would have, plus the recorder's own small delay (so it errs on
 // the long side). A dropout is digital silence over 3 ms inside a note.
-// BENCH_NOTES sets the length of the runs (200).
+// BENCH_NOTES sets the length of the runs (200); BENCH_SETUPS the setups to
+// measure, of "pulseaudio,pipewire,alsa" (all).
 
 #include "../tests/midi/PrivateAlsaDevice.h"
 #include "../tests/midi/PrivatePipeWireServer.h"
@@ -53,6 +54,12 @@ int runLength()
     return notes > 0 ? notes : 200;
 }
 
+bool wanted(const char *setup)
+{
+    const QByteArray setups = qgetenv("BENCH_SETUPS");
+    return setups.isEmpty() || setups.split(',').contains(setup);
+}
+
 double processorSecondsOf(qint64 pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
@@ -87,6 +94,8 @@ void runEvents(milliseconds time)
 struct Player {
     std::function<void(int)> noteOn;
     std::function<void()> silence;
+    // Called while each note sounds, for the output's own figures.
+    std::function<void(Clock::time_point on)> account;
 };
 
 // Notes one at a time from silence, each held 150 ms with 50 ms between.
@@ -97,6 +106,8 @@ std::vector<Played> playRun(const Player &player, int count)
         Played note{Clock::now(), {}};
         player.noteOn(60 + i % 12);
         std::this_thread::sleep_for(150ms);
+        if (player.account)
+            player.account(note.on);
         note.off = Clock::now();
         player.silence();
         notes.push_back(note);
@@ -259,12 +270,24 @@ void benchServer(test::PrivateSoundServer &server, bool first)
         std::printf("SoundFont loaded in %.1f ms; resident memory %.1f MB\n", synth.loadTime().count() * 1000,
                     statusMegabytes("VmRSS:"));
     midi.SelectInstrument(midi.MidiChannel, 0, 0, 0);
+    // Our stream's own account of each onset: how long the note waited for
+    // the server to ask for sound, and how much the server held ahead of it.
+    std::vector<double> untilWritten, queuedAhead;
     const Player ours{[&](int key) { midi.playNote(key); },
                       [&] { midi.SendShortMsg(std::int16_t(midi::ControlChangeStatus + midi.MidiChannel - 1),
-                                              midi::AllSoundOff, 0); }};
+                                              midi::AllSoundOff, 0); },
+                      [&](Clock::time_point on) {
+                          const AudioOutput::Figures figures = synth.output()->figures();
+                          if (figures.onsetWritten <= on)
+                              return;
+                          untilWritten.push_back(toMs(figures.onsetWritten - on));
+                          queuedAhead.push_back(double(figures.onsetLatency.count()) / 1000);
+                      }};
     settle(ours);
     if (first)
         benchRestarts(midi, platform, boxes);
+    untilWritten.clear();
+    queuedAhead.clear();
     const Figures mine = measure(ours, server);
     const AudioOutput::Figures output = synth.output()->figures();
     Figures theirs;
@@ -282,8 +305,11 @@ void benchServer(test::PrivateSoundServer &server, bool first)
         }
     }
     printSideBySide(mine, theirs, haveTheirs);
-    std::printf("  our stream: %d underflows, buffer now %lld ms\n", output.underflows,
-                static_cast<long long>(output.bufferTime.count()));
+    const Spread written = spread(untilWritten), queued = spread(queuedAhead);
+    std::printf("  our stream: %d underflows, buffer now %lld ms; by its own account (median / worst of %zu): "
+                "note-on to written %.1f / %.1f ms, then held in the server %.1f / %.1f ms\n",
+                output.underflows, static_cast<long long>(output.bufferTime.count()), untilWritten.size(),
+                written.median, written.worst, queued.median, queued.worst);
     benchIdle(synth, server);
     benchReconnect(synth, server);
     midi.ToggleMidiOut();
@@ -299,6 +325,9 @@ void benchAlsa()
         std::printf("skipped: ALSA's default device did not open\n");
         return;
     }
+    // The synthesizer chooses no program at load: the port chooses one after
+    // every open, and a channel without one stays silent.
+    platform.sendShortMessage(handle, midi::packShortMessage(midi::ProgramChangeStatus, 0, 0));
     AudioOutput *output = platform.builtInSynth().output();
     std::vector<double> latencies;
     for (int i = 0; i < LatencyNotes; ++i) {
@@ -336,11 +365,18 @@ int main(int argc, char *argv[])
     const QByteArray load = loadAverage.open(QIODevice::ReadOnly) ? loadAverage.readAll().trimmed() : QByteArray("?");
     std::printf("resident memory before the synthesizer: %.1f MB; load average %s; %d notes a run\n",
                 statusMegabytes("VmRSS:"), load.constData(), runLength());
-    test::PrivatePulseServer pulse;
-    benchServer(pulse, true);
-    test::PrivatePipeWireServer pipewire;
-    benchServer(pipewire, false);
-    benchAlsa();
+    bool first = true;
+    if (wanted("pulseaudio")) {
+        test::PrivatePulseServer pulse;
+        benchServer(pulse, first);
+        first = false;
+    }
+    if (wanted("pipewire")) {
+        test::PrivatePipeWireServer pipewire;
+        benchServer(pipewire, first);
+    }
+    if (wanted("alsa"))
+        benchAlsa();
     std::printf("\nresident memory at the end: %.1f MB, peak %.1f MB\n", statusMegabytes("VmRSS:"),
                 statusMegabytes("VmHWM:"));
     return 0;
