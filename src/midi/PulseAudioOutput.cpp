@@ -13,6 +13,9 @@ constexpr int ChannelCount = 2;
 constexpr std::size_t FrameBytes = ChannelCount * sizeof(float);
 // Below this a sample counts as silence (about -80 dBFS).
 constexpr float SilenceLevel = 1e-4f;
+// How long a new stream may wait for its sink before it is asked for again;
+// a server that is not starting links it within milliseconds.
+constexpr std::chrono::milliseconds FirstStreamPatience{250};
 
 // The threaded mainloop's lock, held for one scope.
 class MainloopLock
@@ -106,7 +109,22 @@ bool PulseAudioOutput::start()
     pa_timeval_add(pa_gettimeofday(&deadline), pa_usec_t(m_settings.connectTimeout.count()) * PA_USEC_PER_MSEC);
     pa_time_event *timer = api->time_new(api, &deadline, &PulseAudioOutput::onTimeout, this);
 
-    const bool started = connectContext() && connectStream();
+    // A new stream waits in the server until the session manager links it
+    // to a sink, and PipeWire's server never links one that was asked for
+    // before its session manager had started, as happens when the server has
+    // just restarted. So a stream that is not ready soon is asked for again
+    // on a new connection (which ends the waiting one), with twice the
+    // patience each time, until the deadline; a server that links at once
+    // never sees a second request.
+    bool started = false;
+    for (auto patience = FirstStreamPatience; !started && !m_timedOut; patience *= 2) {
+        const int state = connectContext() ? connectStream(patience) : -1;
+        if (state < 0)
+            break;
+        started = state > 0;
+        if (!started)
+            dropConnection();
+    }
     api->time_free(timer);
     m_alive = started;
     return started;
@@ -141,12 +159,12 @@ bool PulseAudioOutput::connectContext()
     });
 }
 
-bool PulseAudioOutput::connectStream()
+int PulseAudioOutput::connectStream(std::chrono::milliseconds patience)
 {
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_settings.sampleRate), ChannelCount};
     m_stream.reset(pa_stream_new(m_context.get(), "Built-in synthesizer", &format, nullptr));
     if (!m_stream)
-        return false;
+        return -1;
     pa_stream_set_state_callback(m_stream.get(), &PulseAudioOutput::onStreamState, this);
     pa_stream_set_write_callback(m_stream.get(), &PulseAudioOutput::onWritable, this);
     pa_stream_set_underflow_callback(m_stream.get(), &PulseAudioOutput::onUnderflow, this);
@@ -157,11 +175,31 @@ bool PulseAudioOutput::connectStream()
                                          | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_INTERPOLATE_TIMING);
     m_paused = true;
     if (pa_stream_connect_playback(m_stream.get(), nullptr, &attributes, flags, nullptr, nullptr) < 0)
-        return false;
-    return waitFor([this] {
+        return -1;
+
+    pa_mainloop_api *api = pa_threaded_mainloop_get_api(m_mainloop.get());
+    timeval until{};
+    pa_timeval_add(pa_gettimeofday(&until), pa_usec_t(patience.count()) * PA_USEC_PER_MSEC);
+    m_impatient = false;
+    pa_time_event *timer = api->time_new(api, &until, &PulseAudioOutput::onImpatience, this);
+    const bool ready = waitFor([this] {
         const pa_stream_state_t state = pa_stream_get_state(m_stream.get());
-        return state == PA_STREAM_READY ? 1 : PA_STREAM_IS_GOOD(state) ? 0 : -1;
+        // Impatience ends the wait as a failure would; the state tells which.
+        return state == PA_STREAM_READY ? 1 : !PA_STREAM_IS_GOOD(state) || m_impatient ? -1 : 0;
     });
+    api->time_free(timer);
+    if (ready)
+        return 1;
+    return PA_STREAM_IS_GOOD(pa_stream_get_state(m_stream.get())) ? 0 : -1;
+}
+
+void PulseAudioOutput::dropConnection()
+{
+    pa_stream_set_state_callback(m_stream.get(), nullptr, nullptr);
+    pa_context_set_state_callback(m_context.get(), nullptr, nullptr);
+    pa_context_disconnect(m_context.get());
+    m_stream.reset();
+    m_context.reset();
 }
 
 void PulseAudioOutput::wake()
@@ -297,6 +335,13 @@ void PulseAudioOutput::onUnderflow(pa_stream *, void *self)
     output->m_lastUnderflow = std::chrono::steady_clock::now();
     if (output->m_figures.bufferTime < output->m_settings.largestBufferTime)
         output->setBufferTime(std::min(output->m_settings.largestBufferTime, output->m_figures.bufferTime * 2));
+}
+
+void PulseAudioOutput::onImpatience(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)
+{
+    auto *output = static_cast<PulseAudioOutput *>(self);
+    output->m_impatient = true;
+    pa_threaded_mainloop_signal(output->m_mainloop.get(), 0);
 }
 
 void PulseAudioOutput::onTimeout(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)

@@ -52,7 +52,10 @@ private:
     };
 
     bool connectContext();
-    bool connectStream();
+    // 1 when the stream is ready, -1 when it failed, 0 when it still waits
+    // for its sink after the given patience.
+    int connectStream(std::chrono::milliseconds patience);
+    void dropConnection();
     template<typename Ready>
     bool waitFor(Ready ready);
     void writeSound(std::size_t bytes);
@@ -65,6 +68,7 @@ private:
     static void onStreamState(pa_stream *stream, void *self);
     static void onWritable(pa_stream *stream, std::size_t bytes, void *self);
     static void onUnderflow(pa_stream *stream, void *self);
+    static void onImpatience(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
     static void onTimeout(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
 
     AudioSource &m_source;
@@ -76,6 +80,7 @@ private:
     std::atomic<bool> m_alive = false;
     std::atomic<bool> m_paused = true;
     bool m_timedOut = false;
+    bool m_impatient = false;
     bool m_priorityRaised = false;
     std::chrono::steady_clock::time_point m_lastUnderflow{};
     bool m_wasSounding = false;
