@@ -293,12 +293,12 @@ void PulseAudioOutput::setBufferTime(std::chrono::milliseconds time)
 {
     m_figures.bufferTime = time;
     const pa_buffer_attr attributes = bufferAttributes(time, m_settings.sampleRate);
-    release(pa_stream_set_buffer_attr(m_stream.get(), &attributes, nullptr, nullptr));
+    release(pa_stream_set_buffer_attr(m_stream.get(), &attributes, &PulseAudioOutput::onBufferTimeSet, this));
 }
 
 void PulseAudioOutput::shrinkWhenCalm()
 {
-    if (m_figures.bufferTime <= m_settings.bufferTime
+    if (!m_adaptive || m_figures.bufferTime <= m_settings.bufferTime
         || std::chrono::steady_clock::now() - m_lastUnderflow < m_settings.calmBeforeShrinking)
         return;
     // Halving restarts the calm spell, so that the buffer comes down step
@@ -333,8 +333,28 @@ void PulseAudioOutput::onUnderflow(pa_stream *, void *self)
     auto *output = static_cast<PulseAudioOutput *>(self);
     ++output->m_figures.underflows;
     output->m_lastUnderflow = std::chrono::steady_clock::now();
-    if (output->m_figures.bufferTime < output->m_settings.largestBufferTime)
+    if (output->m_adaptive && output->m_figures.bufferTime < output->m_settings.largestBufferTime) {
+        output->m_grownFrom = output->m_figures.bufferTime;
+        output->m_lengthBefore = pa_stream_get_buffer_attr(output->m_stream.get())->tlength;
         output->setBufferTime(std::min(output->m_settings.largestBufferTime, output->m_figures.bufferTime * 2));
+    }
+}
+
+void PulseAudioOutput::onBufferTimeSet(pa_stream *stream, int success, void *self)
+{
+    auto *output = static_cast<PulseAudioOutput *>(self);
+    // PipeWire's PulseAudio server keeps at least three of its periods
+    // queued (16 ms at its smallest period) whatever a client asks below
+    // that, so a stream grown to 20 ms keeps no more there than before. Each
+    // new setting restarts its prebuffering, a gap of its own; a server that
+    // did not grant more after a growth is left at what it first granted.
+    if (!success || output->m_grownFrom.count() == 0)
+        return;
+    if (pa_stream_get_buffer_attr(stream)->tlength <= output->m_lengthBefore) {
+        output->m_adaptive = false;
+        output->m_figures.bufferTime = output->m_grownFrom;
+    }
+    output->m_grownFrom = {};
 }
 
 void PulseAudioOutput::onImpatience(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)

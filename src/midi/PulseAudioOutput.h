@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 struct pa_context;
@@ -68,6 +69,7 @@ private:
     static void onStreamState(pa_stream *stream, void *self);
     static void onWritable(pa_stream *stream, std::size_t bytes, void *self);
     static void onUnderflow(pa_stream *stream, void *self);
+    static void onBufferTimeSet(pa_stream *stream, int success, void *self);
     static void onImpatience(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
     static void onTimeout(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
 
@@ -83,6 +85,12 @@ private:
     bool m_impatient = false;
     bool m_priorityRaised = false;
     std::chrono::steady_clock::time_point m_lastUnderflow{};
+    // False once a larger buffer asked for was not granted.
+    bool m_adaptive = true;
+    // While a growth is under way: the buffer time before it, and the
+    // target length the server had granted then.
+    std::chrono::milliseconds m_grownFrom{0};
+    std::uint32_t m_lengthBefore = 0;
     bool m_wasSounding = false;
     long m_silentFrames = 0;
     Figures m_figures;
