@@ -15,8 +15,15 @@
 // note's first sound, less the time of the NoteOn call, is the latency a
 // listener would have, plus the recorder's own small delay (so it errs on
 // the long side). A dropout is digital silence over 3 ms inside a note.
+// Beside it our stream's own account of each onset: from the note-on until
+// the server asked for the block that holds it, and how much the server said
+// it held ahead of that block. Where the monitor is later than that account
+// (PipeWire's is by about two of its periods), the difference lies in the
+// server's graph and its monitor, which report no latency of their own.
+//
 // BENCH_NOTES sets the length of the runs (200); BENCH_SETUPS the setups to
-// measure, of "pulseaudio,pipewire,alsa" (all).
+// measure, of "pulseaudio,pipewire,alsa" (all); BENCH_OURS_ONLY leaves the
+// `fluidsynth` program out, for quick comparisons.
 
 #include "../tests/midi/PrivateAlsaDevice.h"
 #include "../tests/midi/PrivatePipeWireServer.h"
