@@ -29,7 +29,8 @@ public:
         int sampleRate = 44100;
         // What the stream keeps buffered when the machine is calm; after an
         // underflow it doubles, up to the largest, and it halves again after
-        // a calm spell, so that a busy machine costs latency, not sound.
+        // a calm spell, so that a busy machine costs latency, not sound. A
+        // server that keeps more than the largest anyway is not asked again.
         std::chrono::milliseconds bufferTime{10};
         std::chrono::milliseconds largestBufferTime{20};
         std::chrono::milliseconds calmBeforeShrinking{10000};

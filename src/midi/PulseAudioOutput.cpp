@@ -13,6 +13,9 @@ constexpr int ChannelCount = 2;
 constexpr std::size_t FrameBytes = ChannelCount * sizeof(float);
 // Below this a sample counts as silence (about -80 dBFS).
 constexpr float SilenceLevel = 1e-4f;
+// How long a new stream may wait for its sink before it is asked for again;
+// a server that is not starting links it within milliseconds.
+constexpr std::chrono::milliseconds FirstStreamPatience{250};
 
 // The threaded mainloop's lock, held for one scope.
 class MainloopLock
@@ -106,7 +109,22 @@ bool PulseAudioOutput::start()
     pa_timeval_add(pa_gettimeofday(&deadline), pa_usec_t(m_settings.connectTimeout.count()) * PA_USEC_PER_MSEC);
     pa_time_event *timer = api->time_new(api, &deadline, &PulseAudioOutput::onTimeout, this);
 
-    const bool started = connectContext() && connectStream();
+    // A new stream waits in the server until the session manager links it
+    // to a sink, and PipeWire's server never links one that was asked for
+    // before its session manager had started, as happens when the server has
+    // just restarted. So a stream that is not ready soon is asked for again
+    // on a new connection (which ends the waiting one), with twice the
+    // patience each time, until the deadline; a server that links at once
+    // never sees a second request.
+    bool started = false;
+    for (auto patience = FirstStreamPatience; !started && !m_timedOut; patience *= 2) {
+        const int state = connectContext() ? connectStream(patience) : -1;
+        if (state < 0)
+            break;
+        started = state > 0;
+        if (!started)
+            dropConnection();
+    }
     api->time_free(timer);
     m_alive = started;
     return started;
@@ -141,12 +159,12 @@ bool PulseAudioOutput::connectContext()
     });
 }
 
-bool PulseAudioOutput::connectStream()
+int PulseAudioOutput::connectStream(std::chrono::milliseconds patience)
 {
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_settings.sampleRate), ChannelCount};
     m_stream.reset(pa_stream_new(m_context.get(), "Built-in synthesizer", &format, nullptr));
     if (!m_stream)
-        return false;
+        return -1;
     pa_stream_set_state_callback(m_stream.get(), &PulseAudioOutput::onStreamState, this);
     pa_stream_set_write_callback(m_stream.get(), &PulseAudioOutput::onWritable, this);
     pa_stream_set_underflow_callback(m_stream.get(), &PulseAudioOutput::onUnderflow, this);
@@ -157,11 +175,31 @@ bool PulseAudioOutput::connectStream()
                                          | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_INTERPOLATE_TIMING);
     m_paused = true;
     if (pa_stream_connect_playback(m_stream.get(), nullptr, &attributes, flags, nullptr, nullptr) < 0)
-        return false;
-    return waitFor([this] {
+        return -1;
+
+    pa_mainloop_api *api = pa_threaded_mainloop_get_api(m_mainloop.get());
+    timeval until{};
+    pa_timeval_add(pa_gettimeofday(&until), pa_usec_t(patience.count()) * PA_USEC_PER_MSEC);
+    m_impatient = false;
+    pa_time_event *timer = api->time_new(api, &until, &PulseAudioOutput::onImpatience, this);
+    const bool ready = waitFor([this] {
         const pa_stream_state_t state = pa_stream_get_state(m_stream.get());
-        return state == PA_STREAM_READY ? 1 : PA_STREAM_IS_GOOD(state) ? 0 : -1;
+        // Impatience ends the wait as a failure would; the state tells which.
+        return state == PA_STREAM_READY ? 1 : !PA_STREAM_IS_GOOD(state) || m_impatient ? -1 : 0;
     });
+    api->time_free(timer);
+    if (ready)
+        return 1;
+    return PA_STREAM_IS_GOOD(pa_stream_get_state(m_stream.get())) ? 0 : -1;
+}
+
+void PulseAudioOutput::dropConnection()
+{
+    pa_stream_set_state_callback(m_stream.get(), nullptr, nullptr);
+    pa_context_set_state_callback(m_context.get(), nullptr, nullptr);
+    pa_context_disconnect(m_context.get());
+    m_stream.reset();
+    m_context.reset();
 }
 
 void PulseAudioOutput::wake()
@@ -255,12 +293,12 @@ void PulseAudioOutput::setBufferTime(std::chrono::milliseconds time)
 {
     m_figures.bufferTime = time;
     const pa_buffer_attr attributes = bufferAttributes(time, m_settings.sampleRate);
-    release(pa_stream_set_buffer_attr(m_stream.get(), &attributes, nullptr, nullptr));
+    release(pa_stream_set_buffer_attr(m_stream.get(), &attributes, &PulseAudioOutput::onBufferTimeSet, this));
 }
 
 void PulseAudioOutput::shrinkWhenCalm()
 {
-    if (m_figures.bufferTime <= m_settings.bufferTime
+    if (!m_adaptive || m_figures.bufferTime <= m_settings.bufferTime
         || std::chrono::steady_clock::now() - m_lastUnderflow < m_settings.calmBeforeShrinking)
         return;
     // Halving restarts the calm spell, so that the buffer comes down step
@@ -295,8 +333,35 @@ void PulseAudioOutput::onUnderflow(pa_stream *, void *self)
     auto *output = static_cast<PulseAudioOutput *>(self);
     ++output->m_figures.underflows;
     output->m_lastUnderflow = std::chrono::steady_clock::now();
-    if (output->m_figures.bufferTime < output->m_settings.largestBufferTime)
+    if (output->m_adaptive && output->m_figures.bufferTime < output->m_settings.largestBufferTime) {
+        output->m_grownFrom = output->m_figures.bufferTime;
+        output->m_lengthBefore = pa_stream_get_buffer_attr(output->m_stream.get())->tlength;
         output->setBufferTime(std::min(output->m_settings.largestBufferTime, output->m_figures.bufferTime * 2));
+    }
+}
+
+void PulseAudioOutput::onBufferTimeSet(pa_stream *stream, int success, void *self)
+{
+    auto *output = static_cast<PulseAudioOutput *>(self);
+    // PipeWire's PulseAudio server keeps at least three of its periods
+    // queued (16 ms at its smallest period) whatever a client asks below
+    // that, so a stream grown to 20 ms keeps no more there than before. Each
+    // new setting restarts its prebuffering, a gap of its own; a server that
+    // did not grant more after a growth is left at what it first granted.
+    if (!success || output->m_grownFrom.count() == 0)
+        return;
+    if (pa_stream_get_buffer_attr(stream)->tlength <= output->m_lengthBefore) {
+        output->m_adaptive = false;
+        output->m_figures.bufferTime = output->m_grownFrom;
+    }
+    output->m_grownFrom = {};
+}
+
+void PulseAudioOutput::onImpatience(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)
+{
+    auto *output = static_cast<PulseAudioOutput *>(self);
+    output->m_impatient = true;
+    pa_threaded_mainloop_signal(output->m_mainloop.get(), 0);
 }
 
 void PulseAudioOutput::onTimeout(pa_mainloop_api *, pa_time_event *, const timeval *, void *self)

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 struct pa_context;
@@ -52,7 +53,10 @@ private:
     };
 
     bool connectContext();
-    bool connectStream();
+    // 1 when the stream is ready, -1 when it failed, 0 when it still waits
+    // for its sink after the given patience.
+    int connectStream(std::chrono::milliseconds patience);
+    void dropConnection();
     template<typename Ready>
     bool waitFor(Ready ready);
     void writeSound(std::size_t bytes);
@@ -65,6 +69,8 @@ private:
     static void onStreamState(pa_stream *stream, void *self);
     static void onWritable(pa_stream *stream, std::size_t bytes, void *self);
     static void onUnderflow(pa_stream *stream, void *self);
+    static void onBufferTimeSet(pa_stream *stream, int success, void *self);
+    static void onImpatience(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
     static void onTimeout(pa_mainloop_api *api, pa_time_event *event, const timeval *tv, void *self);
 
     AudioSource &m_source;
@@ -76,8 +82,15 @@ private:
     std::atomic<bool> m_alive = false;
     std::atomic<bool> m_paused = true;
     bool m_timedOut = false;
+    bool m_impatient = false;
     bool m_priorityRaised = false;
     std::chrono::steady_clock::time_point m_lastUnderflow{};
+    // False once a larger buffer asked for was not granted.
+    bool m_adaptive = true;
+    // While a growth is under way: the buffer time before it, and the
+    // target length the server had granted then.
+    std::chrono::milliseconds m_grownFrom{0};
+    std::uint32_t m_lengthBefore = 0;
     bool m_wasSounding = false;
     long m_silentFrames = 0;
     Figures m_figures;
