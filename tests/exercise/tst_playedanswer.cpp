@@ -1,39 +1,43 @@
-// What played notes answer, window by window, without MIDI: each case feeds
-// notes at given times to a window's reading and lists what came out, and
-// when ("3:7" = after the third note, the answer with index 7; "end:7" = once
-// the chord's gap has passed; -1 = a wrong answer).
+// Notes played on a MIDI keyboard, without a MIDI system: which sources
+// count, how a key reaches the user-interface thread, and what the notes
+// answer in each window, through an input double that strikes keys. Which
+// messages are struck keys is checked end to end, in tst_midiin_e2e.
 
-#include "exercise/PlayedAnswer.h"
-#include "exercises/Formchords/ChordCatalogue.h"
-#include "exercises/Formscales/ScaleCatalogue.h"
-#include "exercises/formarmonia/DegreeCatalogue.h"
+#include "TestServices.h"
 
-#include <QtTest>
+#include "exercise/ExercisePanel.h"
+#include "exercises/formmelody/PianoKeyboard.h"
+#include "midi/MidiInputSources.h"
+
+#include <QComboBox>
+#include <thread>
 
 using namespace tonaro;
-using namespace std::chrono_literals;
+using namespace tonaro::test;
 
 namespace {
 
-// Each window's reading, as the windows set them up.
-PlayedAnswer readingOf(const QString &window, int tonic, bool minor)
-{
-    using G = PlayedAnswer::Gesture;
-    if (window == "melody")
-        return {G::Single, &played::keyOf};
-    if (window == "intervals")
-        return {G::Pair, &played::intervalOf};
-    if (window == "chords")
-        return {G::Struck, [](std::span<const int> n) { return played::chordOf(n, ChordCatalogue); }};
-    if (window == "scales")
-        return {G::RisingOctave, [](std::span<const int> n) { return played::scaleOf(n, ScaleCatalogue); }};
-    return {G::Struck, [tonic, minor](std::span<const int> n) {
-                std::array<NoteRow, 7> triads;
-                for (int d = 0; d < 7; ++d)
-                    triads[std::size_t(d)] = degreeTriad(tonic, minor ? KeyMode::Minor : KeyMode::Major, d, false);
-                return played::triadOf(n, triads);
-            }};
-}
+// A window whose services carry an input double; strike() hands the notes
+// over as the user-interface thread takes them from its queue.
+struct Played : MidiInput {
+    Loaded<ExercisePanel> window;
+
+    explicit Played(const QString &name)
+        : window(false, [this, name](Services services) {
+            services.input = this;
+            return test::makeExercise(name, services);
+        })
+    {
+    }
+    void strike(const std::vector<int> &notes, int gapMs = 10)
+    {
+        auto at = Moment::clock::now();
+        for (int note : notes) {
+            emit notePlayed(note, at);
+            at += std::chrono::milliseconds(gapMs);
+        }
+    }
+};
 
 } // namespace
 
@@ -42,105 +46,125 @@ class PlayedAnswerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void readsPlayedNotes_data()
+    // Every source but those that would bring the program's own notes back.
+    void ownNotesNeverComeBack()
     {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QList<int>>("notes");
-        QTest::addColumn<QList<int>>("gapsMs"); // before each note after the first; missing = 10 ms
-        QTest::addColumn<QStringList>("readings");
-        QTest::addColumn<int>("tonic");
-        QTest::addColumn<bool>("minor");
-
-        auto row = [](const char *name, const char *window, QList<int> notes, QStringList readings,
-                      QList<int> gaps = {}, int tonic = 60, bool minor = false) {
-            QTest::newRow(name) << QString::fromLatin1(window) << notes << gaps << readings << tonic << minor;
+        const std::tuple<const char *, bool, bool> rows[] = {
+            // source, ALSA read directly, listened to
+            {"USB Keys:USB Keys MIDI 1 24:0", true, true},
+            {"Midi Through:Midi Through Port-0 14:0", true, false},
+            {"Tonaro:Tonaro 128:0", true, false},
+            {"Tonaro-01:in", false, false}, // JACK's numbered copy of the program's name
+            {"Synth:Synth in 20:0", true, false}, // the port the program plays to
+            {"a2j:USB Keys [24] (capture): USB Keys MIDI 1", true, false}, // JACK's mirror of ALSA...
+            {"a2j:USB Keys [24] (capture): USB Keys MIDI 1", false, true}, // ...the one way without ALSA
+            {"Tonarola:out", false, true},
         };
-        // Note recognition: every note is the key of its pitch class, whatever its octave.
-        row("melody middle C", "melody", {60}, {"1:0"});
-        row("melody low A#", "melody", {22}, {"1:10"});
-        row("melody three notes", "melody", {60, 64, 72}, {"1:0", "2:4", "3:0"});
-        row("melody top B", "melody", {131}, {"1:11"});
-        // Intervals: the distance of two notes, in either order.
-        row("fifth upward", "intervals", {60, 67}, {"2:7"});
-        row("fifth downward", "intervals", {67, 60}, {"2:7"});
-        row("together", "intervals", {64, 60}, {"2:4"}, {0});
-        row("unison", "intervals", {60, 60}, {"2:0"});
-        row("octave", "intervals", {48, 60}, {"2:12"});
-        row("minor ninth dropped", "intervals", {60, 73}, {});
-        row("one note is no answer", "intervals", {60}, {});
-        row("after a dropped pair", "intervals", {60, 73, 62, 65}, {"4:3"});
-        row("two pairs", "intervals", {60, 61, 70, 59}, {"2:1", "4:11"});
-        // Chords: distances above the lowest note, doublings ignored.
-        row("maj", "chords", {60, 64, 67}, {"end:0"});
-        row("min7 on A", "chords", {57, 60, 64, 67}, {"end:4"});
-        row("maj doubled", "chords", {48, 60, 64, 67, 72}, {"end:0"});
-        row("dim", "chords", {62, 65, 68}, {"end:11"});
-        row("aug", "chords", {60, 64, 68}, {"end:12"});
-        row("sus4 struck high to low", "chords", {67, 65, 60}, {"end:5"});
-        row("13", "chords", {60, 64, 67, 70, 74, 81}, {"end:19"});
-        row("11", "chords", {60, 64, 67, 70, 74, 77}, {"end:18"});
-        row("7-9", "chords", {60, 64, 67, 70, 73}, {"end:17"});
-        row("9 with the ninth below the third", "chords", {60, 62, 64, 67, 70}, {"end:9"});
-        row("first inversion is no type", "chords", {64, 67, 72}, {"end:-1"});
-        row("cluster", "chords", {60, 61, 62}, {"end:-1"});
-        row("two pitch classes", "chords", {60, 67}, {"end:-1"});
-        row("one note is no chord", "chords", {60}, {});
-        row("octave is no chord", "chords", {60, 72}, {});
-        row("149 ms apart is one chord", "chords", {60, 64, 67}, {"end:0"}, {149, 149});
-        row("150 ms apart is the next chord", "chords", {60, 64, 67, 57, 60, 64}, {"4:0", "end:1"}, {10, 10, 150});
-        // Scales: a rising run from a note to its octave.
-        row("C major", "scales", {60, 62, 64, 65, 67, 69, 71, 72}, {"8:0"});
-        row("G mixolydian", "scales", {55, 57, 59, 60, 62, 64, 65, 67}, {"8:16"});
-        row("A minor pentatonic", "scales", {57, 60, 62, 64, 67, 69}, {"6:5"});
-        row("diminished", "scales", {60, 62, 63, 65, 66, 68, 69, 71, 72}, {"9:6"});
-        row("cromatic", "scales", {60, 61, 62, 63, 64, 65, 66, 67, 68, 69, 70, 71, 72}, {"13:8"});
-        row("locrian", "scales", {59, 60, 62, 64, 65, 67, 69, 71}, {"8:17"});
-        row("no such scale", "scales", {60, 61, 63, 66, 67, 70, 72}, {"7:-1"});
-        row("a step down starts afresh", "scales", {60, 62, 61, 63, 65, 66, 68, 70, 72, 73}, {"10:0"});
-        row("a repeated note starts afresh", "scales", {60, 62, 62, 64, 66, 67, 69, 71, 73, 74}, {"10:0"});
-        row("past the octave starts afresh", "scales", {60, 62, 64, 65, 67, 69, 71, 73}, {});
-        row("half a scale", "scales", {60, 62, 64, 65}, {});
-        // Harmony: the degree whose triad has the played pitch classes.
-        row("C major I", "harmony", {60, 64, 67}, {"end:0"});
-        row("C major V first inversion", "harmony", {59, 62, 67}, {"end:4"});
-        row("C major II doubled, second inversion", "harmony", {45, 50, 53, 62}, {"end:1"});
-        row("C major VII", "harmony", {71, 74, 77}, {"end:6"});
-        row("C major IV low root", "harmony", {53, 65, 69, 72}, {"end:3"});
-        row("triad outside the key", "harmony", {61, 65, 68}, {"end:-1"});
-        row("seventh chord", "harmony", {67, 71, 74, 77}, {"end:-1"});
-        row("two notes", "harmony", {60, 64}, {"end:-1"});
-        row("one note is no chord", "harmony", {60}, {});
-        row("A minor III", "harmony", {60, 64, 67}, {"end:2"}, {}, 57, true);
-        row("A minor VII", "harmony", {55, 59, 62}, {"end:6"}, {}, 57, true);
-        row("F# major VI", "harmony", {63, 66, 70}, {"end:5"}, {}, 54, false);
+        for (const auto &[source, alsaRead, wanted] : rows)
+            QVERIFY2(MidiInputSources({{"Synth:Synth in 20:0"}, alsaRead}).wanted(source) == wanted, source);
     }
 
-    void readsPlayedNotes()
+    // Keys handed over on another thread act on the user-interface thread
+    // once it processes events. One key heard through two inputs at once
+    // counts once; struck again, or another key, counts again.
+    void keysQueueForTheUserInterfaceThread()
     {
-        QFETCH(QString, window);
-        QFETCH(QList<int>, notes);
-        QFETCH(QList<int>, gapsMs);
-        QFETCH(QStringList, readings);
-        QFETCH(int, tonic);
-        QFETCH(bool, minor);
+        MidiInput input;
+        QList<int> notes;
+        connect(&input, &MidiInput::notePlayed, this, [&notes](int note) { notes << note; }, Qt::DirectConnection);
+        const int first = 0, second = 0;
+        const auto t = MidiInput::Moment::clock::now();
+        std::thread([&] {
+            for (const auto &[note, ms, source] : {std::tuple{60, 0, &first}, {60, 5, &second}, {64, 6, &second},
+                                                   {60, 40, &second}, {60, 41, &first}, {60, 300, &first}})
+                input.handOver(note, t + std::chrono::milliseconds(ms), source);
+        }).join();
+        QCOMPARE(notes, QList<int>{});
+        QCoreApplication::processEvents();
+        QCOMPARE(notes, (QList<int>{60, 64, 60, 60}));
+    }
 
-        PlayedAnswer reading = readingOf(window, tonic, minor);
-        QStringList got;
-        auto at = PlayedAnswer::Clock::now();
-        for (int i = 0; i < notes.size(); ++i) {
-            if (i > 0)
-                at += std::chrono::milliseconds(i - 1 < gapsMs.size() ? gapsMs[i - 1] : 10);
-            if (const played::Reading r = reading.add(notes[i], at))
-                got << QStringLiteral("%1:%2").arg(i + 1).arg(*r);
+    // A played answer scores, judges and reveals as the click it stands for,
+    // once; a whole answer that matches no button is a wrong one; notes that
+    // make no whole answer, or were played in practice mode, do nothing.
+    void playedAnswerActsAsItsButton()
+    {
+        // The start-up question settings: note recognition draws an octave
+        // of 4th-7th, then a note of C major; the catalogue windows draw one
+        // entry of their "Main" sets (intervals 0 2 4 5 7 9 11 12; maj min 7
+        // maj7 min7 sus4 7sus4; major minor ... minor pentatonic diminished;
+        // all seven degrees), on the fixed root C.
+        const struct {
+            const char *window;
+            std::vector<double> draws;
+            std::vector<int> notes;
+            const char *verdict, *answer, *score; // score: questions, right answers, answers, percentage
+            int gapMs = 10;
+        } rows[] = {
+            {"formmelody", {rFor(1, 4), rFor(2, 7)}, {88}, "Right!", "E ", "1 1 1 100"}, // any octave
+            {"formintervalli", {rFor(4, 8)}, {69, 62}, "Right!", "Perfect 5th", "1 1 1 100"}, // downward
+            {"formintervalli", {rFor(7, 8)}, {48, 60}, "Right!", "Octave", "1 1 1 100"},
+            {"Formchords", {rFor(1, 7)}, {57, 60, 64, 69}, "Right!", "C min", "1 1 1 100"}, // doublings ignored
+            {"Formchords", {rFor(1, 7)}, {60, 61, 62}, "Wrong!", "C min", "1 0 1 0"}, // no type
+            {"Formchords", {rFor(5, 7)}, {67, 65, 60}, "Right!", "C sus4", "1 1 1 100"}, // struck high to low
+            {"Formchords", {rFor(5, 7)}, {60, 65, 67}, "Right!", "C sus4", "1 1 1 100", 149}, // one chord
+            {"Formchords", {rFor(5, 7)}, {60, 65, 67}, "", "", "1 0 0 0", 150}, // three single notes
+            // D major after a repeated note, which starts the run afresh.
+            {"Formscales", {rFor(0, 7)}, {60, 62, 62, 64, 66, 67, 69, 71, 73, 74}, "Right!", "C major", "1 1 1 100"},
+            {"formarmonia", {rFor(4, 7)}, {50, 55, 59, 67}, "Right!", "G maj (V)", "1 1 1 100"}, // inverted and doubled
+            {"formarmonia", {rFor(4, 7)}, {61, 65, 68}, "Wrong!", "G maj (V)", "1 0 1 0"}, // outside the key
+        };
+        for (const auto &row : rows) {
+            Played played(row.window);
+            played.window.random.script(row.draws);
+            played.window.press("New");
+            // A note played in practice mode is no part of the answer.
+            played.window.press("Notest");
+            played.strike({row.notes.front()});
+            played.window.press("Test");
+            played.window.clearRecords();
+            played.strike(row.notes, row.gapMs);
+            // A chord is complete once no note has come for 150 ms.
+            QTest::qWait(200 + int(row.notes.size()) * row.gapMs);
+            QTRY_COMPARE(played.window.text("rightwronglabel") + " " + row.window, row.verdict + QString(" ") + row.window);
+            QCOMPARE(played.window.text("showlabel"), row.answer);
+            QCOMPARE(score(played.window.w).join(' '), row.score);
+            // Test mode answers make no sound.
+            QCOMPARE(played.window.played(), QList<int>{});
         }
-        if (const auto deadline = reading.deadline()) {
-            QCOMPARE(reading.complete(*deadline - 1ms), std::nullopt);
-            if (const played::Reading r = reading.complete(*deadline))
-                got << QStringLiteral("end:%1").arg(*r);
-        }
-        QCOMPARE(got, readings);
+    }
+
+    // A revealed melody lights its keys on the piano, numbered in playing
+    // order, until the next New or Reset; not with "Don't show anwers".
+    void pianoShowsTheRevealedNotes()
+    {
+        Played played("formmelody");
+        auto *keyboard = played.window.get<PianoKeyboard>("pianokeyboard");
+        auto shown = [keyboard] { return QStringList(keyboard->answerMarks().begin(), keyboard->answerMarks().end()); };
+        // Three notes: 60, 64, 72; then, the script run out, 48 three times.
+        played.window.get<QComboBox>("nnotescombo")->setCurrentIndex(2);
+        played.window.random.script({rFor(1, 4), rFor(0, 7), rFor(1, 4), rFor(2, 7), rFor(2, 4), rFor(0, 7)});
+        played.window.press("New");
+        const QImage unlit = keyboard->grab().toImage();
+        played.strike({48, 76, 84});
+        QCOMPARE(shown(), (QStringList{"1 3", "", "", "", "2", "", "", "", "", "", "", ""}));
+        QVERIFY(keyboard->grab().toImage() != unlit);
+        played.window.press("Reset");
+        QCOMPARE(shown(), QStringList(12));
+        played.window.press("Notest");
+        // In practice mode a played key sounds as a clicked one, in the 5th octave.
+        played.strike({33});
+        QCOMPARE(played.window.played().last(), 69);
+        played.window.press("New");
+        played.window.press("Reveal");
+        QCOMPARE(shown(), (QStringList{"1 2 3", "", "", "", "", "", "", "", "", "", "", ""}));
+        // The next New takes them away; with answers hidden, Reveal shows none.
+        played.window.get<QCheckBox>("noanswers")->setChecked(true);
+        played.window.press("New");
+        played.window.press("Reveal");
+        QCOMPARE(shown(), QStringList(12));
     }
 };
 
-QTEST_GUILESS_MAIN(PlayedAnswerTest)
+QTEST_MAIN(PlayedAnswerTest)
 #include "tst_playedanswer.moc"

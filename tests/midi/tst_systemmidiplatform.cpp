@@ -1,7 +1,6 @@
-// The platform the program runs on: device ids, handles and errors, with the
-// system's ports through a fake MIDI service.
+// The platform the program runs on: device ids, handles, errors and the
+// bytes sent, with the system's ports through a fake MIDI service.
 
-#include "midi/SoundFontLocator.h"
 #include "midi/SystemMidiPlatform.h"
 
 #include <QtTest>
@@ -10,26 +9,28 @@ using namespace tonaro;
 
 namespace {
 
-// The system's MIDI service as the tests want it: ports that can be taken away.
-class FakePorts : public SystemMidiPorts
-{
-    struct Port : SystemMidiPort {
-        MidiResult send(const std::uint8_t *, std::size_t) override { return MidiResult::Ok; }
-    };
+// Every message sent to any port, in hex.
+QStringList g_sent;
 
-public:
-    explicit FakePorts(std::vector<std::string> &ports) : m_ports(ports) {}
-    std::vector<std::string> portNames() override { return m_ports; }
+// The system's MIDI service as the tests want it: ports that can be taken away.
+struct FakePorts : SystemMidiPorts {
+    std::vector<std::string> names{"Keys", "Sampler"};
+
+    struct Port : SystemMidiPort {
+        MidiResult send(const std::uint8_t *bytes, std::size_t count) override
+        {
+            g_sent << QByteArray(reinterpret_cast<const char *>(bytes), qsizetype(count)).toHex(' ');
+            return MidiResult::Ok;
+        }
+    };
+    std::vector<std::string> portNames() override { return names; }
     MidiResult open(const std::string &name, std::unique_ptr<SystemMidiPort> &port) override
     {
-        if (std::find(m_ports.begin(), m_ports.end(), name) == m_ports.end())
+        if (std::find(names.begin(), names.end(), name) == names.end())
             return MidiResult::DeviceVanished;
         port = std::make_unique<Port>();
         return MidiResult::Ok;
     }
-
-private:
-    std::vector<std::string> &m_ports;
 };
 
 constexpr int Ok = toCode(MidiResult::Ok);
@@ -40,67 +41,38 @@ class SystemMidiPlatformTest : public QObject
 {
     Q_OBJECT
 
-    std::vector<std::string> m_ports;
-    std::unique_ptr<SystemMidiPlatform> m_platform;
-
 private slots:
-    void initTestCase()
+    // Ids: -1 the mapper, 0 the built-in synthesizer (the two are one
+    // device), then the ports. A device opens once at a time; a port takes
+    // the short messages as their bytes, and is silenced on every channel
+    // as it closes.
+    void opensSendsAndCloses()
     {
-        if (findGeneralMidiSoundFont().empty())
+        auto *ports = new FakePorts;
+        SystemMidiPlatform platform(std::make_unique<BuiltInSynth>(BuiltInSynth::Options{{}, BuiltInSynth::Output::None, {}}),
+                                    std::unique_ptr<SystemMidiPorts>(ports));
+        MidiHandle sampler = 0, other = 0;
+        QCOMPARE(platform.open(&other, 3), toCode(MidiResult::BadDeviceId));
+        QCOMPARE(platform.open(&sampler, 2), Ok);
+        QCOMPARE(platform.open(&other, 2), toCode(MidiResult::DeviceInUse));
+        QCOMPARE(platform.sendShortMessage(sampler, 0x05C2), Ok);
+        QCOMPARE(platform.sendShortMessage(sampler, 0x643C91), Ok);
+        QCOMPARE(g_sent, (QStringList{"c2 05", "91 3c 64"}));
+        QCOMPARE(platform.close(sampler), Ok);
+        // All sound off and all notes off on channels 1 to 16.
+        QCOMPARE(g_sent.size(), 2 + 32);
+        QCOMPARE(g_sent.mid(2, 2) << g_sent.last(), (QStringList{"b0 78 00", "b0 7b 00", "bf 7b 00"}));
+
+        // Unplugged while the settings dialog showed the list; the list read
+        // afresh no longer has it, and the other port has moved up.
+        ports->names.erase(ports->names.begin());
+        QCOMPARE(platform.open(&other, 1), toCode(MidiResult::DeviceVanished));
+        QCOMPARE(platform.outputDeviceCount(), 2);
+        QCOMPARE(platform.open(&other, 1), Ok);
+
+        if (platform.open(&sampler, -1) != Ok)
             QSKIP("No General MIDI SoundFont installed (package timgm6mb-soundfont)");
-    }
-
-    void init()
-    {
-        m_platform.reset(); // it silences its open ports as it goes
-        m_ports = {"Keys", "Sampler"};
-        m_platform = std::make_unique<SystemMidiPlatform>(
-            std::make_unique<BuiltInSynth>(BuiltInSynth::Options{{}, BuiltInSynth::Output::None, {}}),
-            std::make_unique<FakePorts>(m_ports));
-    }
-
-    // A device opens once at a time; with no first device the second opens alone.
-    void opensOrRefuses_data()
-    {
-        QTest::addColumn<int>("first");
-        QTest::addColumn<int>("second");
-        QTest::addColumn<MidiResult>("result");
-        constexpr int None = INT_MIN;
-        QTest::newRow("mapper") << None << -1 << MidiResult::Ok;
-        QTest::newRow("past the last port") << None << 3 << MidiResult::BadDeviceId;
-        QTest::newRow("synthesizer twice") << 0 << 0 << MidiResult::DeviceInUse;
-        QTest::newRow("mapper, then synthesizer") << -1 << 0 << MidiResult::DeviceInUse;
-        QTest::newRow("two ports") << 1 << 2 << MidiResult::Ok;
-    }
-
-    void opensOrRefuses()
-    {
-        QFETCH(int, first);
-        QFETCH(int, second);
-        QFETCH(MidiResult, result);
-        MidiHandle a = 0, b = 0;
-        if (first != INT_MIN)
-            QCOMPARE(m_platform->open(&a, first), Ok);
-        QCOMPARE(m_platform->open(&b, second), toCode(result));
-        QCOMPARE(b != 0, result == MidiResult::Ok);
-        // Once closed, the device opens again.
-        if (result == MidiResult::DeviceInUse) {
-            QCOMPARE(m_platform->close(a), Ok);
-            QCOMPARE(m_platform->open(&b, second), Ok);
-        }
-    }
-
-    void vanishedPortGivesDeviceVanished()
-    {
-        QCOMPARE(m_platform->outputDeviceCount(), 3);
-        // Unplugged while the settings dialog showed the list.
-        m_ports.erase(m_ports.begin());
-        MidiHandle handle = 0;
-        QCOMPARE(m_platform->open(&handle, 1), toCode(MidiResult::DeviceVanished));
-        QCOMPARE(handle, MidiHandle(0));
-        // The list read afresh no longer has it; the other port has moved up.
-        QCOMPARE(m_platform->outputDeviceCount(), 2);
-        QCOMPARE(m_platform->open(&handle, 1), Ok);
+        QCOMPARE(platform.open(&other, 0), toCode(MidiResult::DeviceInUse));
     }
 };
 

@@ -5,9 +5,7 @@
 namespace tonaro::test {
 
 // A system without MIDI ports: the platform has the built-in synthesizer only.
-class NoSystemPorts : public SystemMidiPorts
-{
-public:
+struct NoSystemPorts : SystemMidiPorts {
     std::vector<std::string> portNames() override { return {}; }
     MidiResult open(const std::string &, std::unique_ptr<SystemMidiPort> &) override { return MidiResult::DeviceVanished; }
 };
