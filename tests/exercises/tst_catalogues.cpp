@@ -114,18 +114,15 @@ private slots:
     void scales()
     {
         const Entry rows[] = {{"Major", "C major", "0 2 4 5 7 9 11 12"}, {"Minor", "C minor", "0 2 3 5 7 8 10 12"},
-            {"Armonic Minor", "C armonic minor", "0 2 3 5 7 8 11 12"},
-            {"Melodic Minor", "C melodic minor", "0 2 3 5 7 9 11 12"},
-            {"Major Pentatonic", "C major pentatonic", "0 2 4 7 9 12"},
-            {"Minor Pentatonic", "C minor pentatonic", "0 3 5 7 10 12"},
+            {"Armonic Minor", "C armonic minor", "0 2 3 5 7 8 11 12"}, {"Melodic Minor", "C melodic minor", "0 2 3 5 7 9 11 12"},
+            {"Major Pentatonic", "C major pentatonic", "0 2 4 7 9 12"}, {"Minor Pentatonic", "C minor pentatonic", "0 3 5 7 10 12"},
             {"Diminished", "C diminished", "0 2 3 5 6 8 9 11 12"}, {"Exatonal", "C exatonal", "0 2 4 6 8 10 12"},
             {"Cromatic", "C cromatic", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
             {"Major Neapolitan", "C major neapolitan", "0 1 3 5 7 9 11 12"},
-            {"Minor Neapolitan", "C minor neapolitan", "0 1 3 5 7 8 11 12"},
-            {"Enigmatic", "C enigmatic", "0 1 4 6 8 10 11 12"}, {"Ungarian", "C ungarian", "0 2 3 6 7 8 11 12"},
-            {"Doric", "C doric", "0 2 3 5 7 9 10 12"}, {"Frigian", "C frigian", "0 1 3 5 7 8 10 12"},
-            {"Lydian", "C lydian", "0 2 4 6 7 9 11 12"}, {"Mixolydian", "C mixolydian", "0 2 4 5 7 9 10 12"},
-            {"Locrian", "C locrian", "0 1 3 5 6 8 10 12"}};
+            {"Minor Neapolitan", "C minor neapolitan", "0 1 3 5 7 8 11 12"}, {"Enigmatic", "C enigmatic", "0 1 4 6 8 10 11 12"},
+            {"Ungarian", "C ungarian", "0 2 3 6 7 8 11 12"}, {"Doric", "C doric", "0 2 3 5 7 9 10 12"},
+            {"Frigian", "C frigian", "0 1 3 5 7 8 10 12"}, {"Lydian", "C lydian", "0 2 4 6 7 9 11 12"},
+            {"Mixolydian", "C mixolydian", "0 2 4 5 7 9 10 12"}, {"Locrian", "C locrian", "0 1 3 5 6 8 10 12"}};
         checkCatalogue("Formscales", {"Allscales", "Allmodes"}, 1, 60, rows, "scales_", "playscale_");
     }
 
@@ -143,19 +140,6 @@ private slots:
             {"V", "G min (V)", "67 70 74 55"}, {"VI", "G# mag (VI)", "68 72 75 56"},
             {"VII", "A# mag (VII)", "70 74 77 58"}};
         checkCatalogue("formarmonia", {"optminor"}, 0, 0, minor, "chord_", "playchord_");
-
-        // Other keys; tonics from F# up are brought down an octave.
-        const struct { int item; const char *mode; int degree; const char *reveal, *notes; } keys[] = {
-            {5, "optmajor", 6, "E dim (VII)", "76 79 82 64"}, {6, "optminor", 4, "C# min (V)", "61 64 68 49"},
-            {9, "optminor", 5, "F mag (VI)", "65 69 72 53"}, {11, "optmajor", 1, "C# min (II)", "61 64 68 49"}};
-        for (const auto &key : keys) {
-            Window fx("formarmonia", {key.mode, "Notest"});
-            fx.setRoot(key.item);
-            fx.random.script({rFor(key.degree, 7)});
-            fx.press("New");
-            fx.press("Reveal");
-            QCOMPARE(fx.text("showlabel") + " | " + fx.playedAbove(0), QString(key.reveal) + " | " + key.notes);
-        }
     }
 
     // Note recognition: each pitch class alone, asked in the 5th octave. The
@@ -176,12 +160,6 @@ private slots:
             QCOMPARE(seen.join(u'|'), QStringList({rows[i][0], rows[i][1], rows[i][2], QString::number(i)}).join(u'|'));
             fx.press(box);
         }
-        // The top of the 10th octave lies past the last MIDI note and sounds an octave lower.
-        Window top("formmelody", {"Command15", "Command17", "octave_9", "Nota_7", "Nota_8", "Nota_11"});
-        top.random.script({0, 0, 0, 0.5, 0, 0.9});
-        top.get<QComboBox>("nnotescombo")->setCurrentIndex(2);
-        top.press("New");
-        QCOMPARE(top.played(), (Ints{127, 116, 119}));
     }
 
     // The boxes each preset leaves ticked, pressed after the buttons before it.
@@ -189,29 +167,19 @@ private slots:
     {
         const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia", M = "formmelody";
         const struct { QString window; QStringList presses; QString boxes, ticked; } rows[] = {
-            {I, {}, "inter_", "0 2 4 5 7 9 11 12"},
-            {I, {"All"}, "inter_", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
-            {I, {"None"}, "inter_", ""},
-            {I, {"All", "mainintervals"}, "inter_", "0 2 4 5 7 9 11 12"},
-            {C, {}, "chord_", "0 1 2 3 4 5 6"},
-            {C, {"All"}, "chord_", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19"},
-            {C, {"All", "None"}, "chord_", ""},
-            {C, {"All", "Triads"}, "chord_", "0 1 11 12"},
-            {C, {"All", "mainbutton"}, "chord_", "0 1 2 3 4 5 6"},
-            {S, {}, "scales_", "0 1 2 3 4 5 6"},
+            {I, {}, "inter_", "0 2 4 5 7 9 11 12"}, {I, {"All"}, "inter_", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
+            {I, {"None"}, "inter_", ""}, {I, {"All", "mainintervals"}, "inter_", "0 2 4 5 7 9 11 12"},
+            {C, {}, "chord_", "0 1 2 3 4 5 6"}, {C, {"All"}, "chord_", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19"},
+            {C, {"All", "None"}, "chord_", ""}, {C, {"All", "Triads"}, "chord_", "0 1 11 12"},
+            {C, {"All", "mainbutton"}, "chord_", "0 1 2 3 4 5 6"}, {S, {}, "scales_", "0 1 2 3 4 5 6"},
             {S, {"Nonescales", "Allmodes", "Allscales"}, "scales_", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17"},
             {S, {"Allmodes"}, "scales_", "0 1 2 3 4 5 6 13 14 15 16 17"},
             {S, {"Nonescales", "Allscales"}, "scales_", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
-            {S, {"Allscales", "Allmodes", "Main"}, "scales_", "0 1 2 3 4 5 6"},
-            {H, {}, "chord_", "0 1 2 3 4 5 6"},
-            {M, {}, "Nota_", "0 2 4 5 7 9 11"},
-            {M, {"Command13"}, "Nota_", "0 1 2 3 4 5 6 7 8 9 10 11"},
-            {M, {"Command13", "Command14"}, "Nota_", "0 2 4 5 7 9 11"},
-            {M, {"Command15"}, "Nota_", ""},
-            {M, {}, "octave_", "3 4 5 6"},
-            {M, {"Command16"}, "octave_", "0 1 2 3 4 5 6 7 8 9"},
-            {M, {"Command17"}, "octave_", ""},
-            {M, {"Command16", "Command18"}, "octave_", "3 4 5 6"},
+            {S, {"Allscales", "Allmodes", "Main"}, "scales_", "0 1 2 3 4 5 6"}, {H, {}, "chord_", "0 1 2 3 4 5 6"},
+            {M, {}, "Nota_", "0 2 4 5 7 9 11"}, {M, {"Command13"}, "Nota_", "0 1 2 3 4 5 6 7 8 9 10 11"},
+            {M, {"Command13", "Command14"}, "Nota_", "0 2 4 5 7 9 11"}, {M, {"Command15"}, "Nota_", ""},
+            {M, {}, "octave_", "3 4 5 6"}, {M, {"Command16"}, "octave_", "0 1 2 3 4 5 6 7 8 9"},
+            {M, {"Command17"}, "octave_", ""}, {M, {"Command16", "Command18"}, "octave_", "3 4 5 6"},
             {M, {"Command19"}, "octave_", "2 3 4 5 6 7"}};
         for (const auto &row : rows) {
             const QString name = row.window + ' ' + row.presses.join(u' ') + ' ' + row.boxes;
@@ -224,7 +192,7 @@ private slots:
     // and the sequence, which also decides whether the notes come apart.
     void questionNotes()
     {
-        const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia";
+        const QString I = "formintervalli", C = "Formchords", H = "formarmonia";
         const struct { QString window; QStringList setup; int item; std::vector<double> draws; Ints notes; bool apart; } rows[] = {
             {I, {"discending"}, 1, {rFor(4, 8)}, {60, 53}, true},
             {I, {"together"}, 1, {rFor(4, 8)}, {60, 67}, false},
@@ -232,7 +200,6 @@ private slots:
             {C, {}, 7, {rFor(0, 7)}, {54, 58, 61}, false},
             {C, {}, 6, {rFor(0, 7)}, {65, 69, 72}, false},
             {C, {"Arpeggiooption"}, 1, {rFor(0, 7)}, {60, 64, 67}, true},
-            {S, {"Allmodes"}, 8, {rFor(10, 12)}, {55, 57, 59, 60, 62, 64, 65, 67}, true},
             {H, {}, 6, {rFor(0, 7)}, {54, 58, 61, 42}, false},
             {H, {"Arpeggiooption"}, 0, {rFor(0, 7)}, {60, 64, 67}, true}};
         for (const auto &row : rows) {
