@@ -1,19 +1,15 @@
 #include "TestServices.h"
 
+#include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
-#include "exercises/Formchords/Formchords.h"
-#include "exercises/Formscales/Formscales.h"
-#include "exercises/formarmonia/formarmonia.h"
-#include "exercises/formintervalli/formintervalli.h"
-#include "exercises/formmelody/formmelody.h"
 
 #include <QComboBox>
 #include <QSlider>
 
 // The panel the five exercise windows share, and where the windows differ
 // in it: one table, a row per window. Scripted draws run out at once, so
-// every question is the first ticked entry on "Fixed C" (note recognition:
-// the note 48, a C).
+// every question is the first ticked entry (note recognition: the note 48,
+// a C).
 
 using namespace tonaro;
 using Ints = QList<int>;
@@ -21,26 +17,27 @@ using Ints = QList<int>;
 namespace {
 
 struct Panel : test::Loaded<ExercisePanel> {
-    Panel(const QString &name, bool autoNew = false) : Loaded(autoNew, [&](const Services &s) { return test::makeExercise(name, s); }) {}
-    bool melody() const { return w->objectName() == "formmelody"; }
-    // The answer button of entry (or key) index, by the user's click.
+    explicit Panel(const QString &name) : Loaded(false, [&](const Services &s) { return test::makeExercise(name, s); }) {}
+    // The answer button of entry (or key) index.
     QString answerButton(int index) const
     {
-        const QString prefix = melody() ? "tasto_" : w->objectName() == "formintervalli" ? "playint_"
+        const QString prefix = w->objectName() == "formmelody" ? "tasto_" : w->objectName() == "formintervalli" ? "playint_"
                              : w->objectName() == "Formscales" ? "playscale_" : "playchord_";
         return prefix + QString::number(index);
     }
     void answer(bool right) { press(answerButton(right ? 0 : 1)); }
-    QSlider *slider(const char *name) const { return get<QSlider>(QString::fromLatin1(name)); }
     QSlider *gapSlider() const { return w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).value(0); }
-    void pressAll(const QStringList &names)
+    // The notes sent since the last look.
+    Ints take()
     {
-        for (const QString &name : names)
-            press(name);
+        const Ints notes = played();
+        clearRecords();
+        return notes;
     }
+    // A slider's value and its label's.
+    QString slider(const QString &name) const { return QStringLiteral("%1 %2").arg(get<QSlider>(name)->value()).arg(text(name + "label")); }
+    QString verdict() const { return text("rightwronglabel") + ' ' + get("rightwronglabel")->palette().color(QPalette::WindowText).name(); }
 };
-
-const QStringList Windows{"formmelody", "formintervalli", "Formchords", "Formscales", "formarmonia"};
 
 } // namespace
 
@@ -49,283 +46,184 @@ class tst_exercisepanel : public QObject
     Q_OBJECT
 
 private slots:
-    void percentageDropsTheFraction_data()
-    {
-        QTest::addColumn<int>("right");
-        QTest::addColumn<int>("questions");
-        QTest::addColumn<QStringList>("score");
-        QTest::newRow("2 of 3") << 2 << 3 << QStringList({"3", "2", "3", "66"});
-        QTest::newRow("1 of 3") << 1 << 3 << QStringList({"3", "1", "3", "33"});
-        QTest::newRow("0 of 4") << 0 << 4 << QStringList({"4", "0", "4", "0"});
-        QTest::newRow("3 of 3") << 3 << 3 << QStringList({"3", "3", "3", "100"});
-    }
-    void percentageDropsTheFraction()
-    {
-        QFETCH(int, right);
-        QFETCH(int, questions);
-        Panel p("Formchords");
-        for (int q = 0; q < questions; ++q) {
-            p.press("New");
-            p.answer(q < right);
-            p.answer(true); // spent: the question is scored already
-        }
-        QTEST(test::score(p.w), "score");
-        p.press("Reset");
-        QCOMPARE(test::score(p.w), QStringList({"0", "0", "0", "0"}));
-    }
-
-    // How each window opens: the sliders and their labels, Auto NEW, the type sizes.
-    void startState_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QString>("secondSlider");
-        QTest::addColumn<int>("secondValue");
-        QTest::addColumn<double>("revealPoints"); // of the answer label after Reveal
-        QTest::newRow("melody, one note") << "formmelody" << "slidermultinotes" << 1250 << 18.0;
-        QTest::newRow("intervals") << "formintervalli" << "slidermultinotes" << 1250 << 16.5;
-        QTest::newRow("chords") << "Formchords" << "slidermultinotes" << 1250 << 16.5;
-        QTest::newRow("scales") << "Formscales" << "sliderintervals" << 250 << 9.75;
-        QTest::newRow("harmony") << "formarmonia" << "sliderintervals" << 250 << 16.5;
-    }
-    void startState()
-    {
-        QFETCH(QString, window);
-        QFETCH(QString, secondSlider);
-        QFETCH(int, secondValue);
-        Panel p(window);
-        QCOMPARE(p.slider("sliderautonew")->value(), 1250);
-        QCOMPARE(p.text("sliderautonewlabel"), "1250");
-        QCOMPARE(p.get<QSlider>(secondSlider)->value(), secondValue);
-        QCOMPARE(p.text(secondSlider + "label"), QString::number(secondValue));
-        QVERIFY(p.get("autonewcheck")->isEnabled());
-        QVERIFY(p.get("New")->isEnabled() && !p.get("Repeat")->isEnabled() && !p.get("Reveal")->isEnabled());
-        QCOMPARE(p.get("rightwronglabel")->font().pointSizeF(), 12.0);
-        QCOMPARE(p.get("perclabel")->font().pointSizeF(), 19.5);
-        QCOMPARE(p.get("Label6")->font().pointSizeF(), 19.5);
-        p.press("New");
-        p.answer(true);
-        QCOMPARE(p.text("rightwronglabel"), "Right!");
-        QCOMPARE(p.get("rightwronglabel")->palette().color(QPalette::WindowText), QColor(0, 255, 0));
-        QTEST(p.get("showlabel")->font().pointSizeF(), "revealPoints");
-        p.press("New");
-        p.answer(false);
-        QCOMPARE(p.text("rightwronglabel"), "Wrong!");
-        QCOMPARE(p.get("rightwronglabel")->palette().color(QPalette::WindowText), QColor(255, 0, 0));
-    }
-
-    // Which windows empty the verdict at New, and at a click on "Don't show anwers".
-    void labelsEmptiedByWindow_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<bool>("autoNewKeepsVerdict");
-        QTest::addColumn<bool>("noanswersEmpties");
-        QTest::newRow("melody") << "formmelody" << false << true;
-        QTest::newRow("intervals") << "formintervalli" << true << true;
-        QTest::newRow("chords") << "Formchords" << true << true;
-        QTest::newRow("scales") << "Formscales" << false << false;
-        QTest::newRow("harmony") << "formarmonia" << false << false;
-    }
-    void labelsEmptiedByWindow()
-    {
-        QFETCH(QString, window);
-        QFETCH(bool, autoNewKeepsVerdict);
-        QFETCH(bool, noanswersEmpties);
-        Panel automatic(window, true);
-        automatic.press("New");
-        automatic.answer(false);
-        QCOMPARE(automatic.text("questlabel"), "2");
-        QCOMPARE(automatic.text("rightwronglabel"), autoNewKeepsVerdict ? "Wrong!" : "");
-        QCOMPARE(automatic.text("showlabel").isEmpty(), !autoNewKeepsVerdict);
-
-        Panel p(window);
-        p.press("New");
-        p.answer(false);
-        p.press("noanswers");
-        QCOMPARE(p.text("rightwronglabel").isEmpty(), noanswersEmpties);
-        QCOMPARE(p.text("showlabel").isEmpty(), noanswersEmpties);
-        p.press("New");
-        QCOMPARE(p.text("rightwronglabel"), "");
-        p.answer(true);
-        QCOMPARE(p.text("rightwronglabel"), "Right!");
-        QCOMPARE(p.text("showlabel"), ""); // the answer stays hidden
-    }
-
-    // Test and practice mode in every window: practice greys the score,
-    // plays on the answer buttons and never counts.
-    void practiceModeLeavesTheScoreAlone_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<Ints>("practised"); // answer button 1, before any question
-        QTest::newRow("melody") << "formmelody" << Ints{61};
-        QTest::newRow("intervals") << "formintervalli" << Ints{60, 61};
-        QTest::newRow("chords") << "Formchords" << Ints{60, 63, 67};
-        QTest::newRow("scales") << "Formscales" << Ints{60, 62, 63, 65, 67, 68, 70, 72};
-        QTest::newRow("harmony") << "formarmonia" << Ints{62, 65, 69, 50};
-    }
-    void practiceModeLeavesTheScoreAlone()
-    {
-        QFETCH(QString, window);
-        Panel p(window);
-        p.press("Notest");
-        for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel", "Reset", "autonewcheck", "sliderautonew"})
-            QVERIFY2(!p.get(name)->isEnabled(), name);
-        QVERIFY(p.get("Reveal")->isEnabled());
-        p.press(p.answerButton(1));
-        QTEST(p.played(), "practised");
-        p.press("New");
-        p.press(p.answerButton(0));
-        QCOMPARE(test::score(p.w), QStringList({"0", "0", "0", "0"}));
-        p.press("Test");
-        QVERIFY(p.get("questlabel")->isEnabled() && !p.get("Reveal")->isEnabled());
-        p.clearRecords();
-        p.press(p.answerButton(0)); // nothing pending: no sound, no count
-        QVERIFY(p.played().isEmpty());
-        QCOMPARE(p.text("anslabel"), "0");
-    }
-
-    // The practice root: the list's (not brought down) before any question,
-    // the question's after one, whatever the list shows then. Repeat still
+    // Each window through practice, then test mode. The practice root is
+    // the list's (not brought down) before any question and the question's
+    // after one, whatever the list shows then (item 1, harmony 0); Repeat
     // plays the question, except in harmony, where a practice click makes
     // the clicked degree the current chord.
-    void practiceRoot_data()
+    void whereTheWindowsDiffer()
     {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<int>("firstItem");
-        QTest::addColumn<Ints>("before");
-        QTest::addColumn<Ints>("question");
-        QTest::addColumn<Ints>("after");   // practised with the list on item 1
-        QTest::addColumn<Ints>("repeated");
-        QTest::addColumn<QString>("revealed");
-        QTest::newRow("intervals") << "formintervalli" << 12 << Ints{71, 72} << Ints{71, 71} << Ints{71, 72} << Ints{71, 71} << "Unison";
-        QTest::newRow("chords") << "Formchords" << 12 << Ints{71, 74, 78} << Ints{59, 63, 66} << Ints{59, 62, 66} << Ints{59, 63, 66} << "B maj";
-        QTest::newRow("scales") << "Formscales" << 12 << Ints{71, 73, 74, 76, 78, 79, 81, 83} << Ints{59, 61, 63, 64, 66, 68, 70, 71}
-                                << Ints{59, 61, 62, 64, 66, 67, 69, 71} << Ints{59, 61, 63, 64, 66, 68, 70, 71} << "B major";
-        QTest::newRow("harmony") << "formarmonia" << 11 << Ints{61, 64, 68, 49} << Ints{59, 63, 66, 47} << Ints{62, 65, 69, 50}
-                                 << Ints{62, 65, 69, 50} << "D min (II)";
-    }
-    void practiceRoot()
-    {
-        QFETCH(QString, window);
-        QFETCH(int, firstItem);
-        Panel p(window);
-        p.get<QComboBox>("Combo1")->setCurrentIndex(firstItem);
-        p.press("Notest");
-        p.press(p.answerButton(1));
-        QTEST(p.played(), "before");
-        p.clearRecords();
-        p.press("New");
-        QTEST(p.played(), "question");
-        p.get<QComboBox>("Combo1")->setCurrentIndex(window == "formarmonia" ? 0 : 1);
-        p.clearRecords();
-        p.press(p.answerButton(1));
-        QTEST(p.played(), "after");
-        p.clearRecords();
-        p.press("Repeat");
-        QTEST(p.played(), "repeated");
-        p.press("Reveal");
-        QTEST(p.text("showlabel"), "revealed");
+        const struct Row {
+            const char *window;
+            int firstItem; // of the root list, -1 where there is none
+            Ints before, question, after, repeated;
+            const char *revealed;
+            double revealPoints;
+            const char *secondSlider;
+            int secondValue;
+            bool autoNewKeepsVerdict, noanswersEmpties;
+        } rows[] = {
+            {"formmelody", -1, {61}, {48}, {61}, {48}, "C ", 18, "slidermultinotes", 1250, false, true},
+            {"formintervalli", 12, {71, 72}, {71, 71}, {71, 72}, {71, 71}, "Unison", 16.5, "slidermultinotes", 1250, true, true},
+            {"Formchords", 12, {71, 74, 78}, {59, 63, 66}, {59, 62, 66}, {59, 63, 66}, "B maj", 16.5, "slidermultinotes", 1250, true, true},
+            {"Formscales", 12, {71, 73, 74, 76, 78, 79, 81, 83}, {59, 61, 63, 64, 66, 68, 70, 71}, {59, 61, 62, 64, 66, 67, 69, 71},
+             {59, 61, 63, 64, 66, 68, 70, 71}, "B major", 9.75, "sliderintervals", 250, false, false},
+            {"formarmonia", 11, {61, 64, 68, 49}, {59, 63, 66, 47}, {62, 65, 69, 50}, {62, 65, 69, 50}, "D min (II)", 16.5,
+             "sliderintervals", 250, false, false}};
+        const QStringList zero{"0", "0", "0", "0"};
+        for (const Row &row : rows) {
+            qInfo("%s", row.window);
+            Panel p(row.window);
+            QCOMPARE(p.slider("sliderautonew"), "1250 1250");
+            QCOMPARE(p.slider(row.secondSlider), QStringLiteral("%1 %1").arg(row.secondValue));
+            QVERIFY(p.get("New")->isEnabled() && !p.get("Repeat")->isEnabled() && !p.get("Reveal")->isEnabled());
+
+            if (row.firstItem >= 0)
+                p.get<QComboBox>("Combo1")->setCurrentIndex(row.firstItem);
+            p.press("Notest");
+            p.press(p.answerButton(1));
+            QCOMPARE(p.take(), row.before);
+            p.press("New");
+            QCOMPARE(p.take(), row.question);
+            if (row.firstItem >= 0)
+                p.get<QComboBox>("Combo1")->setCurrentIndex(row.firstItem == 11 ? 0 : 1);
+            p.press(p.answerButton(1));
+            QCOMPARE(p.take(), row.after);
+            p.press("Repeat");
+            QCOMPARE(p.take(), row.repeated);
+            p.press("Reveal");
+            QCOMPARE(p.text("showlabel"), row.revealed);
+            QCOMPARE(p.get("showlabel")->font().pointSizeF(), row.revealPoints);
+            p.press(p.answerButton(0));
+            QCOMPARE(test::score(p.w), zero);
+
+            // Test mode: nothing is pending until New.
+            p.press("Test");
+            QVERIFY(p.get("questlabel")->isEnabled() && !p.get("Reveal")->isEnabled());
+            p.take();
+            p.press(p.answerButton(0));
+            QVERIFY(p.played().isEmpty());
+            QCOMPARE(p.text("anslabel"), "0");
+            p.press("New");
+            p.answer(false);
+            QCOMPARE(p.verdict(), "Wrong! #ff0000");
+            p.press("noanswers");
+            QCOMPARE(p.text("rightwronglabel").isEmpty() && p.text("showlabel").isEmpty(), row.noanswersEmpties);
+            p.press("New");
+            QCOMPARE(p.text("rightwronglabel"), "");
+            p.answer(true);
+            QCOMPARE(p.verdict(), "Right! #00ff00");
+            QCOMPARE(p.text("showlabel"), ""); // the answer stays hidden
+            p.answer(false); // spent: the question is scored already
+            p.press("noanswers");
+            p.press("autonewcheck");
+            p.press("New");
+            p.answer(true);
+            // 2 right of 3 questions: the percentage drops the fraction, and
+            // the Auto NEW question is counted after it.
+            QCOMPARE(test::score(p.w), QStringList({"4", "2", "3", "66"}));
+            QCOMPARE(p.text("rightwronglabel"), row.autoNewKeepsVerdict ? "Right!" : "");
+            QCOMPARE(p.text("showlabel").isEmpty(), !row.autoNewKeepsVerdict);
+            p.press("Reset");
+            QCOMPARE(test::score(p.w), zero);
+        }
     }
 
     // Which waits let a click through while they run: a click posted before
     // the handler starts runs inside the first wait that processes events,
     // or after the handler when none does. The notes sent by then tell.
-    void waitsLetClicksThrough_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QStringList>("setup");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<int>("notesBeforeTheClick");
-        QTest::newRow("melody, between the notes of New") << "formmelody" << QStringList{"nnotes 3"} << "New" << 1;
-        QTest::newRow("melody, between the notes of Repeat") << "formmelody" << QStringList{"nnotes 3", "New"} << "Repeat" << 1;
-        QTest::newRow("melody, Auto NEW wait") << "formmelody" << QStringList{"autonewcheck", "New"} << "tasto_0" << 0;
-        QTest::newRow("intervals, question gap") << "formintervalli" << QStringList{} << "New" << 1;
-        QTest::newRow("intervals, practice gap") << "formintervalli" << QStringList{"Notest"} << "playint_7" << 2;
-        QTest::newRow("intervals, Auto NEW wait") << "formintervalli" << QStringList{"autonewcheck", "New"} << "playint_0" << 0;
-        QTest::newRow("chords, arpeggio") << "Formchords" << QStringList{"Arpeggiooption"} << "New" << 3;
-        QTest::newRow("chords, practice arpeggio") << "Formchords" << QStringList{"Arpeggiooption", "Notest"} << "playchord_1" << 3;
-        QTest::newRow("scales, question") << "Formscales" << QStringList{} << "New" << 8;
-        QTest::newRow("scales, practice") << "Formscales" << QStringList{"Notest"} << "playscale_4" << 6;
-        QTest::newRow("harmony, arpeggio") << "formarmonia" << QStringList{"Arpeggiooption"} << "New" << 3;
-        QTest::newRow("harmony, practice arpeggio") << "formarmonia" << QStringList{"Arpeggiooption", "Notest"} << "playchord_2" << 3;
-        QTest::newRow("harmony, Auto NEW wait") << "formarmonia" << QStringList{"autonewcheck", "New"} << "playchord_0" << 0;
-    }
     void waitsLetClicksThrough()
     {
-        QFETCH(QString, window);
-        QFETCH(QStringList, setup);
-        QFETCH(QString, button);
-        Panel p(window);
-        for (const QString &step : setup)
-            step == "nnotes 3" ? p.get<QComboBox>("nnotescombo")->setCurrentIndex(2) : p.press(step);
-        p.gapSlider()->setValue(30);
-        p.slider("sliderautonew")->setValue(30);
-        p.clearRecords();
-        setWaitScale(1);
-        int seen = -1;
-        QObject context;
-        QMetaObject::invokeMethod(&context, [&] { seen = int(p.played().size()); }, Qt::QueuedConnection);
-        p.get<QAbstractButton>(button)->click();
-        QCoreApplication::processEvents();
-        QTEST(seen, "notesBeforeTheClick");
-    }
-
-    // Another exercise chosen on the bar deletes the window; the program
-    // closing abandons every wait. Either way the sequence stops there, and
-    // under the address sanitizer any use of the freed window would show.
-    void unloadOrClosingDuringAWaitStopsTheSequence_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("closing");
-        QTest::addColumn<int>("notes");
-        for (bool closing : {false, true}) {
-            const char *how = closing ? "program closing" : "window unloaded";
-            QTest::addRow("%s in a note gap", how) << "formmelody" << "New" << closing << 1;
-            QTest::addRow("%s in a Repeat gap", how) << "formmelody" << "Repeat" << closing << 1;
-            QTest::addRow("%s in the Auto NEW wait", how) << "formmelody" << "tasto_0" << closing << 0;
-            QTest::addRow("%s in an interval gap", how) << "formintervalli" << "New" << closing << 1;
+        const struct { const char *window; QStringList setup; const char *button; int notesBeforeTheClick; } rows[] = {
+            {"formmelody", {"nnotes 3"}, "New", 1},
+            {"formmelody", {"nnotes 3", "New"}, "Repeat", 1},
+            {"formmelody", {"autonewcheck", "New"}, "tasto_0", 0},
+            {"formintervalli", {}, "New", 1},
+            {"formintervalli", {"Notest"}, "playint_7", 2},
+            {"Formchords", {"Arpeggiooption"}, "New", 3},
+            {"Formscales", {"Notest"}, "playscale_4", 6},
+            {"formarmonia", {"autonewcheck", "New"}, "playchord_0", 0}};
+        for (const auto &row : rows) {
+            Panel p(row.window);
+            for (const QString &step : row.setup)
+                step == "nnotes 3" ? p.get<QComboBox>("nnotescombo")->setCurrentIndex(2) : p.press(step);
+            p.gapSlider()->setValue(30);
+            p.get<QSlider>("sliderautonew")->setValue(30);
+            p.clearRecords();
+            setWaitScale(1);
+            int seen = -1;
+            QObject context;
+            QMetaObject::invokeMethod(&context, [&] { seen = int(p.played().size()); }, Qt::QueuedConnection);
+            p.get<QAbstractButton>(row.button)->click();
+            QCoreApplication::processEvents();
+            QCOMPARE(QStringLiteral("%1 %2: %3").arg(row.window, row.button).arg(seen),
+                     QStringLiteral("%1 %2: %3").arg(row.window, row.button).arg(row.notesBeforeTheClick));
         }
     }
-    void unloadOrClosingDuringAWaitStopsTheSequence()
+
+    // Three notes are answered in playing order, each key counting for a
+    // question; test-mode keys are silent. Six notes or more are revealed in
+    // 10-point type, five or fewer in 18.
+    void melodyAnswersSeveralNotes()
     {
-        QFETCH(QString, window);
-        QFETCH(QString, button);
-        QFETCH(bool, closing);
-        Panel p(window, true);
-        if (p.melody())
+        // The draws for 60 (C), 64 (E), 72 (C): octave among the 4th to 7th,
+        // then the pitch class among C major's seven.
+        const std::vector<double> CEC{rFor(1, 4), rFor(0, 7), rFor(1, 4), rFor(2, 7), rFor(2, 4), rFor(0, 7)};
+        for (const bool inOrder : {true, false}) {
+            Panel p("formmelody");
             p.get<QComboBox>("nnotescombo")->setCurrentIndex(2);
-        p.gapSlider()->setValue(100);
-        p.slider("sliderautonew")->setValue(100);
-        p.press("New");
-        p.pressAll(button == "tasto_0" ? QStringList{button, button} : QStringList{});
-        p.clearRecords();
-        setWaitScale(1);
-        QObject context;
-        QTimer::singleShot(30, &context, [&] { closing ? abandonWaits() : delete p.w; });
-        p.get<QAbstractButton>(button)->click();
-        resumeWaits();
-        QTEST(int(p.played().size()), "notes");
-        QCOMPARE(p.w.isNull(), !closing);
+            p.random.script(CEC);
+            p.press("New");
+            for (int key : inOrder ? Ints{0, 4, 0} : Ints{0, 0, 4}) {
+                QCOMPARE(p.text("rightwronglabel"), "");
+                p.press(p.answerButton(key));
+            }
+            QCOMPARE(test::score(p.w), inOrder ? QStringList({"3", "3", "1", "100"}) : QStringList({"3", "0", "1", "0"}));
+            QCOMPARE(p.text("showlabel") + "|" + p.text("rightwronglabel"), inOrder ? "C E C |Right!" : "C E C |Wrong!");
+            QCOMPARE(p.played(), (Ints{60, 64, 72}));
+        }
+        for (int count : {5, 6}) {
+            Panel p("formmelody");
+            p.press("Notest");
+            p.get<QComboBox>("nnotescombo")->setCurrentIndex(count - 1);
+            p.press("New");
+            p.press("Reveal");
+            QCOMPARE(p.get("showlabel")->font().pointSizeF(), count == 5 ? 18.0 : 10.0);
+            QCOMPARE(p.text("showlabel"), QString("C ").repeated(count));
+        }
     }
 
-    // Octave and pitch class are each their own reseeded draw, right after
-    // the other: every pair must be equally likely. The threshold is for a
-    // significance of 1e-6 with 10 x 12 - 1 degrees of freedom.
-    void notesAreUniformOverTheTickedChoices()
+    // Every letter, with each modifier state, wherever the focus is in the
+    // window: Ctrl alone gives the sharp, any other state acts as the plain
+    // letter. In practice mode a key plays its note in the 5th octave; N asks
+    // (the note 48) and R repeats.
+    void melodyLetters()
     {
-        ClockRandomSource random;
-        constexpr int PerCell = 1000;
-        std::vector<int> cells(120, 0);
-        for (std::size_t i = 0; i < PerCell * cells.size(); ++i) {
-            const int octave = RandomSource::pickFrom(random.draw(), 10) - 1;
-            const int pitchClass = RandomSource::pickFrom(random.draw(), 12) - 1;
-            QVERIFY(octave >= 0 && octave < 10 && pitchClass >= 0 && pitchClass < 12);
-            ++cells[std::size_t(octave * 12 + pitchClass)];
+        const struct { Qt::Key key; int plain, ctrl; } letters[] = {{Qt::Key_C, 60, 61}, {Qt::Key_D, 62, 63},
+            {Qt::Key_E, 64, 64}, {Qt::Key_F, 65, 66}, {Qt::Key_G, 67, 68}, {Qt::Key_A, 69, 70}, {Qt::Key_B, 71, 71},
+            {Qt::Key_N, 48, 48}, {Qt::Key_R, 48, 48}, {Qt::Key_X, 0, 0}, {Qt::Key_H, 0, 0}};
+        const Qt::KeyboardModifiers states[] = {Qt::NoModifier, Qt::ControlModifier, Qt::ShiftModifier, Qt::AltModifier,
+            Qt::ControlModifier | Qt::ShiftModifier, Qt::ControlModifier | Qt::AltModifier};
+        Panel p("formmelody");
+        p.press("Notest");
+        for (const auto &letter : letters) {
+            for (const Qt::KeyboardModifiers state : states) {
+                QTest::keyClick(p.get("Nota_1"), letter.key, state);
+                QTest::keyClick(p.get("tasto_11"), letter.key, state);
+                const int note = state == Qt::ControlModifier ? letter.ctrl : letter.plain;
+                QVERIFY2(p.take() == (note ? Ints{note, note} : Ints{}),
+                         qPrintable(QStringLiteral("%1 with modifiers %2").arg(QChar(letter.key)).arg(int(state))));
+            }
         }
-        double chiSquare = 0;
-        for (int observed : cells)
-            chiSquare += double(observed - PerCell) * (observed - PerCell) / PerCell;
-        QVERIFY2(chiSquare < 207.2, qPrintable(QStringLiteral("chi-square %1").arg(chiSquare)));
+        QVERIFY(!p.get<QCheckBox>("Nota_1")->isChecked());
+        // V reveals and S empties the labels, V also in test mode, where the
+        // Reveal button is disabled.
+        QTest::keyClick(p.w, Qt::Key_V, Qt::ShiftModifier);
+        QTest::keyClick(p.w, Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(p.text("showlabel"), "");
+        p.press("Test");
+        QTest::keyClick(p.w, Qt::Key_V, Qt::AltModifier);
+        QCOMPARE(p.text("showlabel"), "C ");
     }
 };
 

@@ -1,14 +1,11 @@
 #include "TestServices.h"
 
+#include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
-#include "exercises/Formchords/Formchords.h"
-#include "exercises/Formscales/Formscales.h"
-#include "exercises/formarmonia/formarmonia.h"
-#include "exercises/formintervalli/formintervalli.h"
-#include "exercises/formmelody/formmelody.h"
 
 #include <QComboBox>
 #include <QSlider>
+#include <span>
 
 // Every entry of every catalogue and every preset, against the tables the
 // exercises are taught from, written out here as the notes above the root,
@@ -16,20 +13,28 @@
 
 using namespace tonaro;
 using Ints = QList<int>;
-using Draws = QList<double>;
 
 namespace {
 
 struct Window : test::Loaded<ExercisePanel> {
-    explicit Window(const QString &name) : Loaded(false, [&](const Services &s) { return test::makeExercise(name, s); }) {}
-    void pressAll(const QStringList &names)
+    explicit Window(const QString &name, const QStringList &presses = {})
+        : Loaded(false, [&](const Services &s) { return test::makeExercise(name, s); })
     {
-        for (const QString &name : names)
-            press(name);
+        for (const QString &button : presses)
+            press(button);
     }
     void setRoot(int item) { get<QComboBox>("Combo1")->setCurrentIndex(item); }
+    // The notes sent since the last look, as semitones above root.
+    QString playedAbove(int root)
+    {
+        QStringList steps;
+        for (int note : played())
+            steps << QString::number(note - root);
+        clearRecords();
+        return steps.join(u' ');
+    }
     // Whether every note came at least 25 ms after the one before.
-    bool spaced()
+    bool spaced() const
     {
         const auto notes = platform.notesOn();
         for (std::size_t k = 1; k < notes.size(); ++k)
@@ -37,8 +42,8 @@ struct Window : test::Loaded<ExercisePanel> {
                 return false;
         return true;
     }
-    // The indexes of the ticked boxes named prefix_0, prefix_1, ...
-    QString ticked(const QString &prefix)
+    // The indexes of the ticked boxes named prefix0, prefix1, ...
+    QString ticked(const QString &prefix) const
     {
         QStringList on;
         for (int i = 0; QCheckBox *box = w->findChild<QCheckBox *>(prefix + QString::number(i)); ++i)
@@ -48,41 +53,33 @@ struct Window : test::Loaded<ExercisePanel> {
     }
 };
 
-Ints above(int root, const QString &semitones)
-{
-    Ints notes;
-    for (const QString &s : semitones.split(u' '))
-        notes << root + s.toInt();
-    return notes;
-}
+struct Entry {
+    const char *caption;
+    const char *reveal;
+    const char *notes; // above the root
+};
 
-// The entry is asked in practice mode on "Fixed C", revealed, and played
-// again by its own button from the question's root.
-void checkEntry(const QString &window, const QStringList &setup, int item, const QString &boxName,
-                const QString &playName, int count, const Ints &notes)
+// Each entry in turn is asked in practice mode on the list's item, revealed,
+// and played again by its own button (on the question's root). The row
+// compared: box caption | Reveal | question's notes | button's notes.
+void checkCatalogue(const QString &window, const QStringList &setup, int item, int root,
+                    std::span<const Entry> rows, const QString &box, const QString &button)
 {
-    QFETCH(int, index);
-    Window fx(window);
-    fx.pressAll(setup);
+    Window fx(window, setup);
     fx.setRoot(item);
-    QTEST(fx.get<QCheckBox>(boxName + QString::number(index))->text(), "caption");
     fx.press("Notest");
-    fx.random.script({rFor(index, count)});
-    fx.press("New");
-    QCOMPARE(fx.played(), notes);
-    fx.press("Reveal");
-    QTEST(fx.text("showlabel"), "reveal");
-    fx.clearRecords();
-    fx.press(playName + QString::number(index));
-    QCOMPARE(fx.played(), notes);
-}
-
-void entryColumns()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QString>("reveal");
-    QTest::addColumn<QString>("above");
+    const int count = int(rows.size());
+    for (int i = 0; i < count; ++i) {
+        fx.random.script({rFor(i, count)});
+        fx.press("New");
+        const QString question = fx.playedAbove(root);
+        fx.press("Reveal");
+        fx.press(button + QString::number(i));
+        const QStringList seen{fx.get<QCheckBox>(box + QString::number(i))->text(), fx.text("showlabel"), question,
+                               fx.playedAbove(root)};
+        const Entry &row = rows[std::size_t(i)];
+        QCOMPARE(seen.join(" | "), QStringList({row.caption, row.reveal, row.notes, row.notes}).join(" | "));
+    }
 }
 
 } // namespace
@@ -92,296 +89,130 @@ class tst_catalogues : public QObject
     Q_OBJECT
 
 private slots:
-    void intervals_data()
-    {
-        entryColumns();
-        const char *rows[][2] = {{"Unison", "Unison"}, {"2nd minor", "2nd minor"}, {"2nd major", "2nd major"},
-            {"3rd minor", "3rd minor"}, {"3rd major", "3rd major"}, {"4th perfect", "Perfect 4th"},
-            {"5th diminished", "5th diminished"}, {"5th perfect", "Perfect 5th"}, {"6th minor", "6th minor"},
-            {"6th major", "6th major"}, {"7th minor", "7th minor"}, {"7th major", "7th major"}, {"Octave", "Octave"}};
-        for (int i = 0; i < 13; ++i)
-            QTest::newRow(rows[i][0]) << i << rows[i][0] << rows[i][1] << QStringLiteral("0 %1").arg(i);
-    }
     void intervals()
     {
-        QFETCH(QString, above);
-        checkEntry("formintervalli", {"All"}, 1, "inter_", "playint_", 13, ::above(60, above));
+        const Entry rows[] = {{"Unison", "Unison", "0 0"}, {"2nd minor", "2nd minor", "0 1"},
+            {"2nd major", "2nd major", "0 2"}, {"3rd minor", "3rd minor", "0 3"}, {"3rd major", "3rd major", "0 4"},
+            {"4th perfect", "Perfect 4th", "0 5"}, {"5th diminished", "5th diminished", "0 6"},
+            {"5th perfect", "Perfect 5th", "0 7"}, {"6th minor", "6th minor", "0 8"}, {"6th major", "6th major", "0 9"},
+            {"7th minor", "7th minor", "0 10"}, {"7th major", "7th major", "0 11"}, {"Octave", "Octave", "0 12"}};
+        checkCatalogue("formintervalli", {"All"}, 1, 60, rows, "inter_", "playint_");
     }
 
-    void chords_data()
-    {
-        entryColumns();
-        const char *rows[][2] = {{"maj", "0 4 7"}, {"min", "0 3 7"}, {"7", "0 4 7 10"}, {"maj7", "0 4 7 11"},
-            {"min7", "0 3 7 10"}, {"sus4", "0 5 7"}, {"7sus4", "0 5 7 10"}, {"6", "0 4 7 9"}, {"min6", "0 3 7 9"},
-            {"9", "0 4 7 10 14"}, {"min9", "0 3 7 10 14"}, {"dim", "0 3 6"}, {"aug", "0 4 8"},
-            {"maj9", "0 4 7 11 14"}, {"7-5", "0 4 6 10"}, {"7+5", "0 4 8 10"}, {"7+9", "0 4 7 10 15"},
-            {"7-9", "0 4 7 10 13"}, {"11", "0 4 7 10 14 17"}, {"13", "0 4 7 10 14 21"}};
-        for (int i = 0; i < 20; ++i)
-            QTest::newRow(rows[i][0]) << i << rows[i][0] << QStringLiteral("C ") + rows[i][0] << rows[i][1];
-    }
     void chords()
     {
-        QFETCH(QString, above);
-        checkEntry("Formchords", {"All"}, 1, "chord_", "playchord_", 20, ::above(60, above));
+        const Entry rows[] = {{"maj", "C maj", "0 4 7"}, {"min", "C min", "0 3 7"}, {"7", "C 7", "0 4 7 10"},
+            {"maj7", "C maj7", "0 4 7 11"}, {"min7", "C min7", "0 3 7 10"}, {"sus4", "C sus4", "0 5 7"},
+            {"7sus4", "C 7sus4", "0 5 7 10"}, {"6", "C 6", "0 4 7 9"}, {"min6", "C min6", "0 3 7 9"},
+            {"9", "C 9", "0 4 7 10 14"}, {"min9", "C min9", "0 3 7 10 14"}, {"dim", "C dim", "0 3 6"},
+            {"aug", "C aug", "0 4 8"}, {"maj9", "C maj9", "0 4 7 11 14"}, {"7-5", "C 7-5", "0 4 6 10"},
+            {"7+5", "C 7+5", "0 4 8 10"}, {"7+9", "C 7+9", "0 4 7 10 15"}, {"7-9", "C 7-9", "0 4 7 10 13"},
+            {"11", "C 11", "0 4 7 10 14 17"}, {"13", "C 13", "0 4 7 10 14 21"}};
+        checkCatalogue("Formchords", {"All"}, 1, 60, rows, "chord_", "playchord_");
     }
 
-    void scales_data()
-    {
-        entryColumns();
-        const char *rows[][3] = {{"Major", "major", "0 2 4 5 7 9 11 12"}, {"Minor", "minor", "0 2 3 5 7 8 10 12"},
-            {"Armonic Minor", "armonic minor", "0 2 3 5 7 8 11 12"}, {"Melodic Minor", "melodic minor", "0 2 3 5 7 9 11 12"},
-            {"Major Pentatonic", "major pentatonic", "0 2 4 7 9 12"}, {"Minor Pentatonic", "minor pentatonic", "0 3 5 7 10 12"},
-            {"Diminished", "diminished", "0 2 3 5 6 8 9 11 12"}, {"Exatonal", "exatonal", "0 2 4 6 8 10 12"},
-            {"Cromatic", "cromatic", "0 1 2 3 4 5 6 7 8 9 10 11 12"}, {"Major Neapolitan", "major neapolitan", "0 1 3 5 7 9 11 12"},
-            {"Minor Neapolitan", "minor neapolitan", "0 1 3 5 7 8 11 12"}, {"Enigmatic", "enigmatic", "0 1 4 6 8 10 11 12"},
-            {"Ungarian", "ungarian", "0 2 3 6 7 8 11 12"}, {"Doric", "doric", "0 2 3 5 7 9 10 12"},
-            {"Frigian", "frigian", "0 1 3 5 7 8 10 12"}, {"Lydian", "lydian", "0 2 4 6 7 9 11 12"},
-            {"Mixolydian", "mixolydian", "0 2 4 5 7 9 10 12"}, {"Locrian", "locrian", "0 1 3 5 6 8 10 12"}};
-        for (int i = 0; i < 18; ++i)
-            QTest::newRow(rows[i][0]) << i << rows[i][0] << QStringLiteral("C ") + rows[i][1] << rows[i][2];
-    }
     void scales()
     {
-        QFETCH(QString, above);
-        checkEntry("Formscales", {"Allscales", "Allmodes"}, 1, "scales_", "playscale_", 18, ::above(60, above));
+        const Entry rows[] = {{"Major", "C major", "0 2 4 5 7 9 11 12"}, {"Minor", "C minor", "0 2 3 5 7 8 10 12"},
+            {"Armonic Minor", "C armonic minor", "0 2 3 5 7 8 11 12"}, {"Melodic Minor", "C melodic minor", "0 2 3 5 7 9 11 12"},
+            {"Major Pentatonic", "C major pentatonic", "0 2 4 7 9 12"}, {"Minor Pentatonic", "C minor pentatonic", "0 3 5 7 10 12"},
+            {"Diminished", "C diminished", "0 2 3 5 6 8 9 11 12"}, {"Exatonal", "C exatonal", "0 2 4 6 8 10 12"},
+            {"Cromatic", "C cromatic", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
+            {"Major Neapolitan", "C major neapolitan", "0 1 3 5 7 9 11 12"},
+            {"Minor Neapolitan", "C minor neapolitan", "0 1 3 5 7 8 11 12"}, {"Enigmatic", "C enigmatic", "0 1 4 6 8 10 11 12"},
+            {"Ungarian", "C ungarian", "0 2 3 6 7 8 11 12"}, {"Doric", "C doric", "0 2 3 5 7 9 10 12"},
+            {"Frigian", "C frigian", "0 1 3 5 7 8 10 12"}, {"Lydian", "C lydian", "0 2 4 6 7 9 11 12"},
+            {"Mixolydian", "C mixolydian", "0 2 4 5 7 9 10 12"}, {"Locrian", "C locrian", "0 1 3 5 6 8 10 12"}};
+        checkCatalogue("Formscales", {"Allscales", "Allmodes"}, 1, 60, rows, "scales_", "playscale_");
     }
 
-    // The triad of each degree over the tonic of the key chosen, with the
+    // The triad of each degree over the tonic, as note numbers, with the
     // root an octave below ("2 roots" is ticked when the window opens).
-    void harmony_data()
-    {
-        entryColumns();
-        QTest::addColumn<int>("item");
-        QTest::addColumn<int>("tonic");
-        QTest::addColumn<QString>("mode");
-        const char *captions[] = {"I", "II", "III", "IV", "V", "VI", "VII"};
-        const char *major[][2] = {{"0 4 7", "C maj (I)"}, {"2 5 9", "D min (II)"}, {"4 7 11", "E min (III)"},
-            {"5 9 12", "F maj (IV)"}, {"7 11 14", "G maj (V)"}, {"9 12 16", "A min (VI)"}, {"11 14 17", "B dim (VII)"}};
-        const char *minor[][2] = {{"0 3 7", "C min (I)"}, {"2 5 8", "D dim (II)"}, {"3 7 10", "D# maj (III)"},
-            {"5 8 12", "F min (IV)"}, {"7 10 14", "G min (V)"}, {"8 12 15", "G# mag (VI)"}, {"10 14 17", "A# mag (VII)"}};
-        for (int i = 0; i < 7; ++i) {
-            QTest::addRow("%s of C major", captions[i]) << i << captions[i] << major[i][1] << major[i][0] << 0 << 60 << "optmajor";
-            QTest::addRow("%s of C minor", captions[i]) << i << captions[i] << minor[i][1] << minor[i][0] << 0 << 60 << "optminor";
-        }
-        // Tonics from 66 up are brought down an octave.
-        QTest::newRow("VII of F major") << 6 << "VII" << "E dim (VII)" << "11 14 17" << 5 << 65 << "optmajor";
-        QTest::newRow("V of F# minor") << 4 << "V" << "C# min (V)" << "7 10 14" << 6 << 54 << "optminor";
-        QTest::newRow("VI of A minor") << 5 << "VI" << "F mag (VI)" << "8 12 15" << 9 << 57 << "optminor";
-        QTest::newRow("II of B major") << 1 << "II" << "C# min (II)" << "2 5 9" << 11 << 59 << "optmajor";
-    }
     void harmony()
     {
-        QFETCH(QString, above);
-        QFETCH(int, item);
-        QFETCH(int, tonic);
-        QFETCH(QString, mode);
-        Ints notes = ::above(tonic, above);
-        notes << notes.front() - 12;
-        checkEntry("formarmonia", {mode}, item, "chord_", "playchord_", 7, notes);
+        const Entry major[] = {{"I", "C maj (I)", "60 64 67 48"}, {"II", "D min (II)", "62 65 69 50"},
+            {"III", "E min (III)", "64 67 71 52"}, {"IV", "F maj (IV)", "65 69 72 53"},
+            {"V", "G maj (V)", "67 71 74 55"}, {"VI", "A min (VI)", "69 72 76 57"},
+            {"VII", "B dim (VII)", "71 74 77 59"}};
+        checkCatalogue("formarmonia", {"optmajor"}, 0, 0, major, "chord_", "playchord_");
+        const Entry minor[] = {{"I", "C min (I)", "60 63 67 48"}, {"II", "D dim (II)", "62 65 68 50"},
+            {"III", "D# maj (III)", "63 67 70 51"}, {"IV", "F min (IV)", "65 68 72 53"},
+            {"V", "G min (V)", "67 70 74 55"}, {"VI", "G# mag (VI)", "68 72 75 56"},
+            {"VII", "A# mag (VII)", "70 74 77 58"}};
+        checkCatalogue("formarmonia", {"optminor"}, 0, 0, minor, "chord_", "playchord_");
     }
 
-    // Note recognition: the name Reveal writes for each pitch class, the
-    // caption of its box and of its key.
-    void melodyNotes_data()
+    // Note recognition: each pitch class alone, asked in the 5th octave. The
+    // row compared: box caption | key caption | Reveal | note above middle C.
+    void melodyNotes()
     {
-        QTest::addColumn<int>("pitchClass");
-        QTest::addColumn<QString>("caption");
-        QTest::addColumn<QString>("keyCaption");
-        QTest::addColumn<QString>("reveal");
         const char *rows[][3] = {{"C", "", "C "}, {"C#", "C#", "C # "}, {"D", "", "D "}, {"D#", "D#", "D # "},
             {"E", "", "E "}, {"F", "", "F "}, {"F#", "F#", "F # "}, {"G", "", "G "}, {"G#", "G#", "G # "},
             {"A", "", "A "}, {"A#", "A#", "A# "}, {"B", "", "B "}};
-        for (int i = 0; i < 12; ++i)
-            QTest::newRow(rows[i][0]) << i << rows[i][0] << rows[i][1] << rows[i][2];
-    }
-    void melodyNotes()
-    {
-        QFETCH(int, pitchClass);
-        Window fx("formmelody");
-        fx.press("Command15");
-        fx.press("Command17");
-        QTEST(fx.get<QCheckBox>(QStringLiteral("Nota_%1").arg(pitchClass))->text(), "caption");
-        QTEST(fx.get<QAbstractButton>(QStringLiteral("tasto_%1").arg(pitchClass))->text(), "keyCaption");
-        fx.press(QStringLiteral("Nota_%1").arg(pitchClass));
-        fx.press("octave_4");
-        fx.press("Notest");
-        fx.press("New");
-        QCOMPARE(fx.played(), Ints{60 + pitchClass});
-        fx.press("Reveal");
-        QTEST(fx.text("showlabel"), "reveal");
+        Window fx("formmelody", {"Command15", "Command17", "octave_4", "Notest"});
+        for (int i = 0; i < 12; ++i) {
+            const QString box = QStringLiteral("Nota_%1").arg(i);
+            fx.press(box);
+            fx.press("New");
+            fx.press("Reveal");
+            const QStringList seen{fx.get<QCheckBox>(box)->text(), fx.get<QAbstractButton>(QStringLiteral("tasto_%1").arg(i))->text(),
+                                   fx.text("showlabel"), fx.playedAbove(60)};
+            QCOMPARE(seen.join(u'|'), QStringList({rows[i][0], rows[i][1], rows[i][2], QString::number(i)}).join(u'|'));
+            fx.press(box);
+        }
     }
 
     // The boxes each preset leaves ticked, pressed after the buttons before it.
-    void presets_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QStringList>("presses");
-        QTest::addColumn<QString>("boxes");
-        QTest::addColumn<QString>("ticked");
-        const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia", M = "formmelody";
-        QTest::newRow("intervals at start") << I << QStringList{} << "inter_" << "0 2 4 5 7 9 11 12";
-        QTest::newRow("intervals All") << I << QStringList{"All"} << "inter_" << "0 1 2 3 4 5 6 7 8 9 10 11 12";
-        QTest::newRow("intervals None") << I << QStringList{"None"} << "inter_" << "";
-        QTest::newRow("intervals Main after All") << I << QStringList{"All", "mainintervals"} << "inter_" << "0 2 4 5 7 9 11 12";
-        QTest::newRow("chords at start") << C << QStringList{} << "chord_" << "0 1 2 3 4 5 6";
-        QTest::newRow("chords All") << C << QStringList{"All"} << "chord_" << "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19";
-        QTest::newRow("chords None") << C << QStringList{"All", "None"} << "chord_" << "";
-        QTest::newRow("chords Triads") << C << QStringList{"All", "Triads"} << "chord_" << "0 1 11 12";
-        QTest::newRow("chords Main after All") << C << QStringList{"All", "mainbutton"} << "chord_" << "0 1 2 3 4 5 6";
-        QTest::newRow("scales at start") << S << QStringList{} << "scales_" << "0 1 2 3 4 5 6";
-        QTest::newRow("scales All  Scales") << S << QStringList{"Nonescales", "Allmodes", "Allscales"} << "scales_"
-                                            << "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17";
-        QTest::newRow("scales All Modes") << S << QStringList{"Allmodes"} << "scales_" << "0 1 2 3 4 5 6 13 14 15 16 17";
-        QTest::newRow("scales only All  Scales") << S << QStringList{"Nonescales", "Allscales"} << "scales_" << "0 1 2 3 4 5 6 7 8 9 10 11 12";
-        QTest::newRow("scales Main after all") << S << QStringList{"Allscales", "Allmodes", "Main"} << "scales_" << "0 1 2 3 4 5 6";
-        QTest::newRow("harmony at start") << H << QStringList{} << "chord_" << "0 1 2 3 4 5 6";
-        QTest::newRow("melody notes at start") << M << QStringList{} << "Nota_" << "0 2 4 5 7 9 11";
-        QTest::newRow("melody notes ALL") << M << QStringList{"Command13"} << "Nota_" << "0 1 2 3 4 5 6 7 8 9 10 11";
-        QTest::newRow("melody notes C major") << M << QStringList{"Command13", "Command14"} << "Nota_" << "0 2 4 5 7 9 11";
-        QTest::newRow("melody notes NONE") << M << QStringList{"Command15"} << "Nota_" << "";
-        QTest::newRow("melody octaves at start") << M << QStringList{} << "octave_" << "3 4 5 6";
-        QTest::newRow("melody octaves ALL") << M << QStringList{"Command16"} << "octave_" << "0 1 2 3 4 5 6 7 8 9";
-        QTest::newRow("melody octaves NONE") << M << QStringList{"Command17"} << "octave_" << "";
-        QTest::newRow("melody Guitar") << M << QStringList{"Command16", "Command18"} << "octave_" << "3 4 5 6";
-        QTest::newRow("melody Piano") << M << QStringList{"Command19"} << "octave_" << "2 3 4 5 6 7";
-    }
     void presets()
     {
-        QFETCH(QString, window);
-        QFETCH(QStringList, presses);
-        QFETCH(QString, boxes);
-        Window fx(window);
-        fx.pressAll(presses);
-        QTEST(fx.ticked(boxes), "ticked");
+        const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia", M = "formmelody";
+        const struct { QString window; QStringList presses; QString boxes, ticked; } rows[] = {
+            {I, {}, "inter_", "0 2 4 5 7 9 11 12"}, {I, {"All"}, "inter_", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
+            {I, {"None"}, "inter_", ""}, {I, {"All", "mainintervals"}, "inter_", "0 2 4 5 7 9 11 12"},
+            {C, {}, "chord_", "0 1 2 3 4 5 6"}, {C, {"All"}, "chord_", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19"},
+            {C, {"All", "None"}, "chord_", ""}, {C, {"All", "Triads"}, "chord_", "0 1 11 12"},
+            {C, {"All", "mainbutton"}, "chord_", "0 1 2 3 4 5 6"}, {S, {}, "scales_", "0 1 2 3 4 5 6"},
+            {S, {"Nonescales", "Allmodes", "Allscales"}, "scales_", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17"},
+            {S, {"Allmodes"}, "scales_", "0 1 2 3 4 5 6 13 14 15 16 17"},
+            {S, {"Nonescales", "Allscales"}, "scales_", "0 1 2 3 4 5 6 7 8 9 10 11 12"},
+            {S, {"Allscales", "Allmodes", "Main"}, "scales_", "0 1 2 3 4 5 6"}, {H, {}, "chord_", "0 1 2 3 4 5 6"},
+            {M, {}, "Nota_", "0 2 4 5 7 9 11"}, {M, {"Command13"}, "Nota_", "0 1 2 3 4 5 6 7 8 9 10 11"},
+            {M, {"Command13", "Command14"}, "Nota_", "0 2 4 5 7 9 11"}, {M, {"Command15"}, "Nota_", ""},
+            {M, {}, "octave_", "3 4 5 6"}, {M, {"Command16"}, "octave_", "0 1 2 3 4 5 6 7 8 9"},
+            {M, {"Command17"}, "octave_", ""}, {M, {"Command16", "Command18"}, "octave_", "3 4 5 6"},
+            {M, {"Command19"}, "octave_", "2 3 4 5 6 7"}};
+        for (const auto &row : rows) {
+            const QString name = row.window + ' ' + row.presses.join(u' ') + ' ' + row.boxes;
+            QCOMPARE(name + ": " + Window(row.window, row.presses).ticked(row.boxes), name + ": " + row.ticked);
+        }
     }
 
     // Where the question's notes come from, apart from the entry: the
     // direction, the root list (brought into 54-65 for chords and scales)
-    // and the sequence; the option selected when it plays decides only
-    // whether the notes come apart or at once.
-    void questionNotes_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QStringList>("setup");
-        QTest::addColumn<int>("item");
-        QTest::addColumn<Draws>("draws");
-        QTest::addColumn<Ints>("notes");
-        QTest::addColumn<bool>("apart");
-        QTest::addColumn<QString>("repeatWith");
-        QTest::addColumn<bool>("repeatApart");
-        const QString I = "formintervalli", C = "Formchords", S = "Formscales", H = "formarmonia";
-        QTest::newRow("5th ascending") << I << QStringList{"ascending"} << 1 << Draws{rFor(4, 8)} << Ints{60, 67} << true << "together" << false;
-        QTest::newRow("5th descending") << I << QStringList{"discending"} << 1 << Draws{rFor(4, 8)} << Ints{60, 53} << true << "" << true;
-        QTest::newRow("5th together") << I << QStringList{"together"} << 1 << Draws{rFor(4, 8)} << Ints{60, 67} << false << "ascending" << true;
-        QTest::newRow("interval on random F") << I << QStringList{} << 0 << Draws{rFor(3, 8), rFor(5, 12)} << Ints{65, 70} << true << "" << true;
-        QTest::newRow("interval on Fixed B") << I << QStringList{} << 12 << Draws{rFor(0, 8)} << Ints{71, 71} << true << "" << true;
-        QTest::newRow("chord on Fixed F#") << C << QStringList{} << 7 << Draws{rFor(0, 7)} << Ints{54, 58, 61} << false << "Arpeggiooption" << true;
-        QTest::newRow("chord on Fixed F") << C << QStringList{} << 6 << Draws{rFor(0, 7)} << Ints{65, 69, 72} << false << "" << false;
-        QTest::newRow("chord on random G") << C << QStringList{} << 0 << Draws{rFor(0, 7), rFor(7, 12)} << Ints{55, 59, 62} << false << "" << false;
-        QTest::newRow("arpeggio") << C << QStringList{"Arpeggiooption"} << 1 << Draws{rFor(0, 7)} << Ints{60, 64, 67} << true << "Chordoption" << false;
-        QTest::newRow("scale on Fixed F#") << S << QStringList{} << 7 << Draws{rFor(5, 7)} << Ints{54, 57, 59, 61, 64, 66} << true << "" << true;
-        QTest::newRow("scale on Fixed G") << S << QStringList{"Allmodes"} << 8 << Draws{rFor(10, 12)} << Ints{55, 57, 59, 60, 62, 64, 65, 67} << true << "" << true;
-        QTest::newRow("harmony I of F#, 2 roots") << H << QStringList{} << 6 << Draws{rFor(0, 7)} << Ints{54, 58, 61, 42} << false << "Arpeggiooption" << true;
-        QTest::newRow("harmony arpeggio") << H << QStringList{"Arpeggiooption"} << 0 << Draws{rFor(0, 7)} << Ints{60, 64, 67} << true << "" << true;
-    }
+    // and the sequence, which also decides whether the notes come apart.
     void questionNotes()
     {
-        QFETCH(QString, window);
-        QFETCH(QStringList, setup);
-        QFETCH(Draws, draws);
-        QFETCH(Ints, notes);
-        QFETCH(bool, apart);
-        QFETCH(QString, repeatWith);
-        QFETCH(bool, repeatApart);
-        Window fx(window);
-        fx.pressAll(setup);
-        QFETCH(int, item);
-        fx.setRoot(item);
-        QCOMPARE(fx.get("Frame3")->isEnabled(), apart);
-        fx.w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).value(0)->setValue(25);
-        fx.random.script({draws.begin(), draws.end()});
-        setWaitScale(1);
-        fx.press("New");
-        QCOMPARE(fx.played(), notes);
-        QCOMPARE(fx.random.drawsMade(), int(draws.size()));
-        QCOMPARE(fx.spaced(), apart);
-        fx.pressAll(repeatWith.isEmpty() ? QStringList() : QStringList{repeatWith});
-        fx.clearRecords();
-        fx.press("Repeat");
-        QCOMPARE(fx.played(), notes);
-        QCOMPARE(fx.spaced(), repeatApart);
-    }
-
-    // Reveal names the chord in the key selected now; Repeat plays it as it
-    // was drawn.
-    void harmonyRevealFollowsTheKey_data()
-    {
-        QTest::addColumn<int>("item");
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("reveal");
-        QTest::newRow("D major") << 2 << "optmajor" << "D maj (II)";
-        QTest::newRow("C minor") << 0 << "optminor" << "D dim (II)";
-        QTest::newRow("C# major, no quality") << 1 << "optmajor" << "D (II)";
-    }
-    void harmonyRevealFollowsTheKey()
-    {
-        QFETCH(int, item);
-        QFETCH(QString, mode);
-        Window fx("formarmonia");
-        fx.press("Notest");
-        fx.random.script({rFor(1, 7)});
-        fx.press("New");
-        fx.setRoot(item);
-        fx.press(mode);
-        fx.press("Reveal");
-        QTEST(fx.text("showlabel"), "reveal");
-        fx.clearRecords();
-        fx.press("Repeat");
-        QCOMPARE(fx.played(), (Ints{62, 65, 69, 50}));
-    }
-
-    void harmonyArpeggioTakesAwayTheLowRoot()
-    {
-        Window fx("formarmonia");
-        auto *twoRoots = fx.get<QCheckBox>("tworoots");
-        fx.press("New");
-        fx.press("Arpeggiooption");
-        QVERIFY(!twoRoots->isChecked() && !twoRoots->isEnabled());
-        fx.clearRecords();
-        fx.press("Repeat");
-        QCOMPARE(fx.played(), (Ints{60, 64, 67, 48}));
-        fx.press("Chordoption");
-        QVERIFY(!twoRoots->isChecked() && twoRoots->isEnabled());
-    }
-
-    void nothingTickedKeepsTheEmptyRecord_data()
-    {
-        QTest::addColumn<QString>("window");
-        QTest::addColumn<QString>("none");
-        QTest::addColumn<Ints>("repeated");
-        QTest::addColumn<QString>("reveal");
-        QTest::newRow("intervals") << "formintervalli" << "None" << Ints{0, 0} << "Unison";
-        QTest::newRow("chords") << "Formchords" << "None" << Ints{} << "C maj";
-        QTest::newRow("scales") << "Formscales" << "Nonescales" << Ints{} << "C major";
-        QTest::newRow("harmony") << "formarmonia" << "" << Ints{} << "C (I)";
-    }
-    void nothingTickedKeepsTheEmptyRecord()
-    {
-        QFETCH(QString, window);
-        QFETCH(QString, none);
-        Window fx(window);
-        for (int i = 0; i < 7 && none.isEmpty(); ++i)
-            fx.press(QStringLiteral("chord_%1").arg(i));
-        fx.pressAll(none.isEmpty() ? QStringList() : QStringList{none});
-        fx.press("New");
-        QVERIFY(fx.get("Repeat")->isEnabled());
-        QCOMPARE(fx.text("questlabel"), "0");
-        QCOMPARE(fx.random.drawsMade(), 0);
-        fx.press("Repeat");
-        QTEST(fx.played(), "repeated");
-        fx.press("Notest");
-        fx.press("Reveal");
-        QTEST(fx.text("showlabel"), "reveal");
+        const QString I = "formintervalli", C = "Formchords", H = "formarmonia";
+        const struct { QString window; QStringList setup; int item; std::vector<double> draws; Ints notes; bool apart; } rows[] = {
+            {I, {"discending"}, 1, {rFor(4, 8)}, {60, 53}, true},
+            {I, {"together"}, 1, {rFor(4, 8)}, {60, 67}, false},
+            {I, {}, 0, {rFor(3, 8), rFor(5, 12)}, {65, 70}, true}, // a root drawn after the entry
+            {C, {}, 7, {rFor(0, 7)}, {54, 58, 61}, false},
+            {C, {}, 6, {rFor(0, 7)}, {65, 69, 72}, false},
+            {C, {"Arpeggiooption"}, 1, {rFor(0, 7)}, {60, 64, 67}, true},
+            {H, {}, 6, {rFor(0, 7)}, {54, 58, 61, 42}, false},
+            {H, {"Arpeggiooption"}, 0, {rFor(0, 7)}, {60, 64, 67}, true}};
+        for (const auto &row : rows) {
+            const QByteArray name = (row.window + ' ' + row.setup.join(u' ') + " item " + QString::number(row.item)).toLatin1();
+            Window fx(row.window, row.setup);
+            fx.setRoot(row.item);
+            QVERIFY2(fx.get("Frame3")->isEnabled() == row.apart, name);
+            fx.w->findChildren<QSlider *>(QRegularExpression("^slider(multinotes|intervals)$")).value(0)->setValue(25);
+            fx.random.script(row.draws);
+            setWaitScale(1);
+            fx.press("New");
+            QVERIFY2(fx.played() == row.notes && fx.random.drawsMade() == int(row.draws.size()) && fx.spaced() == row.apart, name);
+        }
     }
 };
 
