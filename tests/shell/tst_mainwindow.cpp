@@ -6,7 +6,10 @@
 #include "TestServices.h"
 
 #include "exercise/ExercisePanel.h"
+#include "shell/ArtworkLabel.h"
 #include "shell/MDIForm1.h"
+#include "shell/formabout.h"
+#include "shell/frmSplash.h"
 
 #include <QComboBox>
 #include <QDesktopServices>
@@ -15,6 +18,7 @@
 #include <QMessageBox>
 #include <QProxyStyle>
 #include <QScreen>
+#include <QToolButton>
 #include <functional>
 
 using namespace tonaro;
@@ -131,6 +135,26 @@ private slots:
         const QRect frame = s.window.frameGeometry(), available = s.window.screen()->availableGeometry();
         QVERIFY((frame.center() - available.center()).manhattanLength() <= 2);
         QVERIFY(s.midi.MidiPortOpen && s.boxes.boxes().empty());
+    }
+
+    // The pictures at their sizes; the five bar buttons look raised at
+    // rest, and only Intervals lights up under the mouse.
+    void picturesAndBar()
+    {
+        frmSplash splash;
+        QCOMPARE(splash.findChild<ArtworkLabel *>()->size(), QSize(353, 175));
+        formabout about;
+        QCOMPARE(about.findChild<ArtworkLabel *>()->size(), QSize(355, 135));
+        Shell s;
+        for (int index = 0; index < 5; ++index) {
+            auto *button = test::child<QToolButton>(&s.window, QStringLiteral("botton1_%1").arg(index));
+            QVERIFY(!button->autoRaise());
+            const QImage rest = button->grab().toImage();
+            button->setAttribute(Qt::WA_UnderMouse, true);
+            const QImage hover = button->grab().toImage();
+            button->setAttribute(Qt::WA_UnderMouse, false);
+            QVERIFY2((rest != hover) == (index == 1), qPrintable(button->objectName()));
+        }
     }
 
     // The boxes the program shows for real: the message box titled
