@@ -11,7 +11,7 @@ build=${BUILD_DIR:-build}
 
 packages=(
     cmake ninja-build g++ pkg-config
-    qt6-base-dev libqt6svg6-dev libgl-dev
+    qt6-base-dev qt6-svg-dev libgl-dev
     libfluidsynth-dev librtmidi-dev libpulse-dev libasound2-dev libjack-jackd2-dev
     musescore-general-soundfont-small qt6-qpa-plugins
 )
