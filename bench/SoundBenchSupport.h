@@ -90,9 +90,9 @@ public:
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         m_process.setStandardOutputFile(QProcess::nullDevice());
         m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-        // The same dry sound and gain as ours.
+        // The same dry sound, gain and rate as ours.
         m_process.start(QStringLiteral("fluidsynth"),
-                        {"-a", "pulseaudio", "-q", "-R", "0", "-C", "0", "-g", "0.5", "-r", "44100", soundFont});
+                        {"-a", "pulseaudio", "-q", "-R", "0", "-C", "0", "-g", "0.5", "-r", "48000", soundFont});
         if (!m_process.waitForStarted(5000))
             return false;
         command("prog 0 0");

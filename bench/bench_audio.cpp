@@ -316,7 +316,7 @@ void benchServer(test::PrivateSoundServer &server, bool first)
         haveTheirs = !qEnvironmentVariableIsSet("BENCH_OURS_ONLY")
             && program.start(server.address(), QString::fromStdString(findGeneralMidiSoundFont()));
         if (haveTheirs) {
-            const Player fluidsynth{[&](int key) { program.noteOn(key); }, [&] { program.silence(); }};
+            const Player fluidsynth{[&](int key) { program.noteOn(key); }, [&] { program.silence(); }, {}};
             settle(fluidsynth, server);
             theirs = measure(fluidsynth, server);
         } else {

@@ -26,7 +26,12 @@ public:
     enum class Backend { PulseAudio, Alsa };
 
     struct Settings {
-        int sampleRate = 44100;
+        // The rate PipeWire's graph and most sound hardware run at. A stream
+        // at another rate is resampled in PipeWire's PulseAudio server,
+        // which then lets it run dry now and then (several times as many
+        // dropouts at 44.1 kHz there); PulseAudio resamples either rate
+        // without a gap.
+        int sampleRate = 48000;
         // What the stream keeps buffered when the machine is calm; after an
         // underflow it doubles, up to the largest, and it halves again after
         // a calm spell, so that a busy machine costs latency, not sound. A

@@ -25,7 +25,10 @@ namespace tonaro::test {
 class PrivateSoundServer
 {
 public:
-    static constexpr int SampleRate = 44100;
+    // The rate recordings are taken at. PipeWire's sink runs at it, as
+    // PipeWire's graph does; PulseAudio's at its own default of 44.1 kHz, as
+    // on most PulseAudio desktops, so that its resampling is heard too.
+    static constexpr int SampleRate = 48000;
     enum class Kind { PulseAudio, PipeWire };
 
     explicit PrivateSoundServer(Kind kind) : m_kind(kind) {}
@@ -90,7 +93,7 @@ private:
             // run as root warns that it is not meant to be; that is fine here.
             return {{"pulseaudio",
                      {"--daemonize=no", "--system=false", "--exit-idle-time=-1", "--use-pid-file=false", "-n",
-                      "--log-target=stderr", "-L", QStringLiteral("module-null-sink sink_name=tonaro_null rate=%1").arg(SampleRate),
+                      "--log-target=stderr", "-L", QStringLiteral("module-null-sink sink_name=tonaro_null rate=44100"),
                       "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + m_dir.filePath("native")},
                      "native"}};
         }

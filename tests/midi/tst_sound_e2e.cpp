@@ -130,6 +130,33 @@ std::pair<bool, double> firstSound(MonitorTap &tap)
     return {true, estimatePitch(sound.subspan(onset + Rate / 10, Rate / 5), Rate)};
 }
 
+// A steady 440 Hz tone from the server's own client tool, with a buffer as
+// short as ours: the longest gap inside it, in ms. Where that stream drops
+// out too, this machine cannot keep any short buffer fed through the server
+// at the moment, and a gap in ours says nothing of our output.
+double controlStreamGapMs(const std::shared_ptr<MonitorTap> &tap)
+{
+    if (!tap || QStandardPaths::findExecutable(QStringLiteral("pacat")).isEmpty())
+        return 0;
+    QByteArray tone(2 * Rate * int(sizeof(float)), Qt::Uninitialized);
+    auto *samples = reinterpret_cast<float *>(tone.data());
+    for (int i = 0; i < 2 * Rate; ++i)
+        samples[i] = 0.3f * float(std::sin(2 * M_PI * 440 * i / Rate));
+    QProcess pacat;
+    pacat.start(QStringLiteral("pacat"), {"--playback", "--latency-msec=10", "--rate=" + QString::number(Rate), "--channels=1", "--format=float32le"});
+    pacat.write(tone);
+    pacat.closeWriteChannel();
+    if (!pacat.waitForFinished(8000))
+        return 0;
+    Recording heard;
+    tap->take(heard.samples, heard.blocks);
+    const Samples sound(heard.samples);
+    const std::size_t onset = onsetIndex(sound, 0.01f);
+    if (onset + Rate * 3 / 2 > sound.size())
+        return 0;
+    return 1000.0 * double(longestQuietRun(sound.subspan(onset + Rate / 50, Rate * 3 / 2), 2.0f / 32768)) / Rate;
+}
+
 // CI installs every setup, so there one that does not start is a failure.
 #define SKIP_OR_FAIL(why)                                                                                              \
     do {                                                                                                               \
@@ -170,7 +197,8 @@ struct Synth {
     // C, E, G and A, heard whole, at their pitches and on time. A busy
     // machine can starve the sound server for a moment; an output that is
     // really broken fails every time. So the notes have three chances.
-    void hearFourNotes(const std::function<Listener()> &listen, Bounds bounds)
+    void hearFourNotes(const std::function<Listener()> &listen, Bounds bounds,
+                       const std::function<double()> &controlGapMs = [] { return 0.0; })
     {
         QString problem;
         for (int attempt = 1; attempt <= 3; ++attempt) {
@@ -189,6 +217,8 @@ struct Synth {
         const bool timing = problem.contains(QLatin1String("dropout")) || problem.contains(QLatin1String(" ms after "));
         if (timing && load > 2.0 * QThread::idealThreadCount())
             QSKIP(qPrintable(QStringLiteral("timing not judged at load average %1: %2").arg(load).arg(problem)));
+        if (const double gap = problem.contains(QLatin1String("dropout")) ? controlGapMs() : 0; gap >= 3.0)
+            QSKIP(qPrintable(QStringLiteral("a plain stream of the server's own tool had a %1 ms gap too: %2").arg(gap).arg(problem)));
         QFAIL(qPrintable(problem));
     }
 };
@@ -261,7 +291,7 @@ private slots:
                     tap->take(heard.samples, heard.blocks);
                 return heard;
             };
-        }, setup == Setup::PipeWire ? PipeWireLatency : Latency);
+        }, setup == Setup::PipeWire ? PipeWireLatency : Latency, [&tapMonitor] { return controlStreamGapMs(tapMonitor()); });
     }
 
     void soundComesBackAfterTheServerRestarts_data()
