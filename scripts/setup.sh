@@ -17,7 +17,7 @@ packages=(
 )
 test_packages=(
     pulseaudio pulseaudio-utils pipewire pipewire-pulse wireplumber pipewire-bin dbus fluidsynth
-    jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils
+    jackd2 desktop-file-utils appstream dpkg-dev file adwaita-qt6 lintian xvfb xauth x11-utils openbox
 )
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi

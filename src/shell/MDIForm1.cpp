@@ -19,6 +19,7 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 #include <QWindow>
@@ -201,23 +202,39 @@ QSize MDIForm1::fittedSize(int widthTwips) const
         size = size.expandedTo(m_exercise->minimumSizeHint() + around);
     }
     size = size.expandedTo(minimumSizeHint());
-    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    const QMargins frame = frameAround();
     const QSize available = screen()->availableGeometry().size()
         - QSize(frame.left() + frame.right(), frame.top() + frame.bottom());
     return size.boundedTo(available);
 }
 
+QMargins MDIForm1::frameAround() const
+{
+    const QMargins known = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    if (!known.isNull() || QGuiApplication::platformName() == QLatin1String("offscreen"))
+        return known;
+    // Some window managers never say how large their frame is, and none
+    // has said before the window is shown: a title bar and thin borders are
+    // then assumed, on the generous side, so that a window as tall as the
+    // screen keeps its title bar and its bottom edge in view.
+    const int border = 2 * style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth, nullptr, this);
+    return {border, style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, this) + border, border, border};
+}
+
 void MDIForm1::placeOnScreen(bool centre)
 {
     const QRect area = screen()->availableGeometry();
-    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    const QMargins frame = frameAround();
     QRect outer(pos(), size().grownBy(frame));
     if (centre)
         outer.moveCenter(area.center());
     // Wholly on the screen, the title bar first where it cannot all fit.
     outer.moveLeft(std::max(area.left(), std::min(outer.left(), area.right() + 1 - outer.width())));
     outer.moveTop(std::max(area.top(), std::min(outer.top(), area.bottom() + 1 - outer.height())));
-    move(outer.topLeft());
+    // A shown window whose frame the toolkit does not know is placed by its
+    // inside, and the frame goes around that; before it is shown, by its frame.
+    const bool placedByInside = testAttribute(Qt::WA_WState_Created) && windowHandle()->frameMargins().isNull();
+    move(placedByInside ? outer.topLeft() + QPoint(frame.left(), frame.top()) : outer.topLeft());
 }
 
 void MDIForm1::showExercise(int index)

@@ -56,6 +56,8 @@ private:
     // The designed size for an exercise of this width, grown where its
     // controls need more room, shrunk to the screen's available area.
     QSize fittedSize(int widthTwips) const;
+    // The window manager's frame around the window, as far as it is known.
+    QMargins frameAround() const;
     // Moves the window wholly onto its screen, into the centre if asked.
     void placeOnScreen(bool centre);
 

@@ -71,6 +71,15 @@ QString title(QWidget *window)
         ? read[0].section(QLatin1String(" = "), 1) : read.join(u'|');
 }
 
+// What an X11 tool prints about the server's windows.
+QString xRead(const QStringList &arguments, const QString &tool = QStringLiteral("xprop"))
+{
+    QProcess process;
+    process.start(tool, arguments);
+    process.waitForFinished(10000);
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
 // Runs open(), which shows a modal window, reads that window's title once it
 // is on the server, and closes it.
 QString modalTitle(const std::function<void()> &open)
@@ -268,6 +277,49 @@ private slots:
         midi.MidiPortOpen = true;
         fx.platform.failNext(RecordingMidiPlatform::Call::Send, 1);
         QCOMPARE(modalTitle([&midi] { midi.NoteOn(1, 60, 100); }), "\"tonaro12\"");
+    }
+
+    // On an 800 x 600 screen with a window manager that frames windows, the
+    // main window with each exercise lies wholly on the screen, title bar
+    // and bottom edge included, as the window manager reports its frame
+    // (CTest runs this under xvfb-run; elsewhere it is skipped).
+    void framedWindowOnASmallScreen()
+    {
+        if (QGuiApplication::platformName() != QLatin1String("xcb"))
+            QSKIP("needs an X server");
+        QProcess manager;
+        manager.start(QStringLiteral("openbox"), {});
+        if (!manager.waitForStarted(5000))
+            QSKIP("no window manager to try (package openbox)");
+        QVERIFY(QTest::qWaitFor([] { return xRead({"-root", "_NET_SUPPORTING_WM_CHECK"}).contains("window id"); }, 5000));
+        test::TestServices fx(false);
+        MDIForm1 window(fx.services);
+        window.MDIForm_Load();
+        for (int exercise = 0; exercise < 5; ++exercise) {
+            window.botton1_Click(exercise);
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            const QString id = QString::number(window.winId());
+            // left, right, top, bottom
+            QList<int> extents;
+            QVERIFY(QTest::qWaitFor([&] {
+                extents.clear();
+                for (const QString &n : xRead({"-id", id, "_NET_FRAME_EXTENTS"}).section(u'=', 1).split(u','))
+                    extents.append(n.trimmed().toInt());
+                return extents.size() == 4 && extents[2] > 0;
+            }, 5000));
+            QTest::qWait(200); // the window manager's own placement settles
+            const QString info = xRead({"-id", id}, QStringLiteral("xwininfo"));
+            const auto field = [&info](const char *name) {
+                return info.section(QLatin1String(name), 1).section(u'\n', 0, 0).trimmed().toInt();
+            };
+            const QRect frame(field("Absolute upper-left X:") - extents[0], field("Absolute upper-left Y:") - extents[2],
+                              field("Width:") + extents[0] + extents[1], field("Height:") + extents[2] + extents[3]);
+            QVERIFY2(QRect(0, 0, 800, 600).contains(frame),
+                     qPrintable(QStringLiteral("exercise %1: the framed window at %2,%3 %4 x %5").arg(exercise)
+                                    .arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height())));
+        }
+        manager.terminate();
+        manager.waitForFinished(3000);
     }
 };
 
