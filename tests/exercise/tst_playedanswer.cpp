@@ -1,7 +1,7 @@
 // Notes played on a MIDI keyboard, without a MIDI system: which sources
-// count, how a key reaches the user-interface thread, and what the notes
-// answer in each window, through an input double that strikes keys. Which
-// messages are struck keys is checked end to end, in tst_midiin_e2e.
+// count and what the notes answer in each window, through an input double that strikes keys. Which
+// messages are struck keys, and how they reach the user-interface thread,
+// is checked end to end, in tst_midiin_e2e.
 
 #include "TestServices.h"
 
@@ -10,7 +10,6 @@
 #include "midi/MidiInputSources.h"
 
 #include <QComboBox>
-#include <thread>
 
 using namespace tonaro;
 using namespace tonaro::test;
@@ -62,26 +61,6 @@ private slots:
         };
         for (const auto &[source, alsaRead, wanted] : rows)
             QVERIFY2(MidiInputSources({{"Synth:Synth in 20:0"}, alsaRead}).wanted(source) == wanted, source);
-    }
-
-    // Keys handed over on another thread act on the user-interface thread
-    // once it processes events. One key heard through two inputs at once
-    // counts once; struck again, or another key, counts again.
-    void keysQueueForTheUserInterfaceThread()
-    {
-        MidiInput input;
-        QList<int> notes;
-        connect(&input, &MidiInput::notePlayed, this, [&notes](int note) { notes << note; }, Qt::DirectConnection);
-        const int first = 0, second = 0;
-        const auto t = MidiInput::Moment::clock::now();
-        std::thread([&] {
-            for (const auto &[note, ms, source] : {std::tuple{60, 0, &first}, {60, 5, &second}, {64, 6, &second},
-                                                   {60, 40, &second}, {60, 41, &first}, {60, 300, &first}})
-                input.handOver(note, t + std::chrono::milliseconds(ms), source);
-        }).join();
-        QCOMPARE(notes, QList<int>{});
-        QCoreApplication::processEvents();
-        QCOMPARE(notes, (QList<int>{60, 64, 60, 60}));
     }
 
     // A played answer scores, judges and reveals as the click it stands for,

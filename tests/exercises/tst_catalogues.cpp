@@ -18,7 +18,7 @@ namespace {
 
 struct Window : test::Loaded<ExercisePanel> {
     explicit Window(const QString &name, const QStringList &presses = {})
-        : Loaded(false, [&](const Services &s) { return test::makeExercise(name, s); })
+        : Loaded(name)
     {
         for (const QString &button : presses)
             press(button);
@@ -53,11 +53,8 @@ struct Window : test::Loaded<ExercisePanel> {
     }
 };
 
-struct Entry {
-    const char *caption;
-    const char *reveal;
-    const char *notes; // above the root
-};
+// Box caption, Reveal and the notes above the root.
+using Entry = std::array<const char *, 3>;
 
 // Each entry in turn is asked in practice mode on the list's item, revealed,
 // and played again by its own button (on the question's root). The row
@@ -78,7 +75,7 @@ void checkCatalogue(const QString &window, const QStringList &setup, int item, i
         const QStringList seen{fx.get<QCheckBox>(box + QString::number(i))->text(), fx.text("showlabel"), question,
                                fx.playedAbove(root)};
         const Entry &row = rows[std::size_t(i)];
-        QCOMPARE(seen.join(" | "), QStringList({row.caption, row.reveal, row.notes, row.notes}).join(" | "));
+        QCOMPARE(seen.join(" | "), QStringList({row[0], row[1], row[2], row[2]}).join(" | "));
     }
 }
 

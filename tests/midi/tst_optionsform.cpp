@@ -7,28 +7,12 @@
 
 using namespace tonaro;
 using test::child;
-using Call = RecordingMidiPlatform::Call;
 
 namespace {
 
 const QStringList TwoPorts{"Built-in synthesizer", "USB Keys"};
 // The restart closing makes when nothing was changed after start-up.
 const QStringList PlainRestart{"Close", "Open 0", "Send B0 00 00", "Send B0 20 00", "Send C0 18 00"};
-
-// The port's opens, closes and messages ("Open 1", "Send C9 18 00").
-QStringList portCalls(const RecordingMidiPlatform &platform)
-{
-    QStringList calls;
-    for (const auto &r : platform.records()) {
-        if (r.call == Call::Open)
-            calls << QStringLiteral("Open %1").arg(r.deviceId);
-        else if (r.call == Call::Close)
-            calls << QStringLiteral("Close");
-        else if (r.call == Call::Send)
-            calls << QString::asprintf("Send %02X %02X %02X", r.status(), r.data1(), r.data2());
-    }
-    return calls;
-}
 
 } // namespace
 
@@ -44,6 +28,7 @@ private slots:
         test::TestServices s;
         s.platform.setDeviceNames(TwoPorts);
         optionsform dialog(s.midi);
+        QCOMPARE(dialog.windowTitle(), "Settings");
         QCOMPARE(child<QComboBox>(&dialog, "Combodevice")->currentText(), "Built-in synthesizer");
         QCOMPARE(child<QComboBox>(&dialog, "Combochannel")->count(), 16);
         QCOMPARE(child<QComboBox>(&dialog, "Combochannel")->currentText(), "1");
@@ -53,7 +38,7 @@ private slots:
         QCOMPARE(instruments->currentText(), "25 Acoustic Guitar (nylon)");
         for (const auto &[position, text] : {std::pair(0, "1 Acoustic Grand Piano"), {37, "38 Slap Bass "}, {127, "128 Gunshot"}})
             QCOMPARE(instruments->itemText(position), QLatin1String(text));
-        QVERIFY(portCalls(s.platform).isEmpty());
+        QVERIFY(s.calls().isEmpty());
 
         for (const auto &[caption, list] : {std::pair("Label4", "Combodevice"), {"Label1", "Combochannel"}, {"Label2", "volumeslider"}, {"Label3", "comboinstr"}})
             QCOMPARE(child<QLabel>(&dialog, QLatin1String(caption))->buddy(), child(&dialog, QLatin1String(list)));
@@ -101,7 +86,7 @@ private slots:
                     QTest::keyClick(child<QComboBox>(&dialog, "comboinstr"), row.closing);
                 QTRY_VERIFY(!dialog.isVisible());
                 s.midi.NoteOn(s.midi.MidiChannel, 60, s.midi.MidiVolume);
-                QCOMPARE(portCalls(s.platform), row.calls);
+                QCOMPARE(s.calls(), row.calls);
                 s.clearRecords();
             }
         }
@@ -114,7 +99,7 @@ private slots:
         std::unique_ptr<ExercisePanel> melody(test::makeExercise(QStringLiteral("formmelody"), s.services));
         melody->Form_Load();
         test::click(melody.get(), QStringLiteral("stopnoise"));
-        QCOMPARE(portCalls(s.platform), PlainRestart);
+        QCOMPARE(s.calls(), PlainRestart);
     }
 };
 

@@ -1,5 +1,5 @@
 // The main window as the user meets it: where and how it opens, the bar,
-// the exit question and the real message boxes, Alt with a letter answering
+// the real message boxes and the question on closing, Alt with a letter answering
 // in note recognition while Alt alone reaches the menu, the typed number of
 // notes, the about box's link to the installed manual; and every platform
 // call failing at every point where the program talks to the device.
@@ -7,7 +7,6 @@
 
 #include "exercise/ExercisePanel.h"
 #include "shell/ArtworkLabel.h"
-#include "shell/MDIForm1.h"
 #include "shell/formabout.h"
 #include "shell/frmSplash.h"
 
@@ -26,18 +25,10 @@ using Call = RecordingMidiPlatform::Call;
 
 namespace {
 
-// The port is left to the start-up to open.
-struct Shell : test::TestServices {
-    MDIForm1 window{services};
-    Shell() : TestServices(false)
-    {
-        window.MDIForm_Load();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        // Auto NEW would ask again at once and empty the verdict.
-        test::child<QCheckBox>(exercise(), "autonewcheck")->setChecked(false);
-    }
-    ExercisePanel *exercise() const { return window.exerciseWindow(); }
+// Note recognition after start-up, Auto NEW off: it would ask again at once
+// and empty the verdict.
+struct Shell : test::Started {
+    Shell() { test::child<QCheckBox>(exercise(), "autonewcheck")->setChecked(false); }
     // Under the start presets (4th to 7th octave, C major) the octave is
     // drawn first, then the note: {0.3, r} gives the 5th octave's C, E, A
     // for r = 0, 0.3, 0.8.
@@ -88,13 +79,12 @@ QStringList runPhase(Phase phase, Call call, int code)
 {
     test::TestServices fx(false);
     MDIForm1 window(fx.services);
-    const auto inject = [&] { fx.platform.setFailure(call, code); };
     if (phase == Phase::StartUp)
-        inject();
+        fx.platform.setFailure(call, code);
     window.MDIForm_Load();
     ExercisePanel *melody = window.exerciseWindow();
     test::child<QComboBox>(melody, "nnotescombo")->setCurrentIndex(2);
-    inject();
+    fx.platform.setFailure(call, code);
     if (phase != Phase::StartUp)
         test::click(melody, phase == Phase::StopNoise ? "stopnoise" : "New");
     QStringList outcome{test::score(melody).join(u' '), fx.boxes.texts().join(u'|')};
@@ -127,18 +117,21 @@ class tst_mainwindow : public QObject
 private slots:
     void initTestCase() { QApplication::setStyle(new NoAltNavigationStyle); }
 
-    // In the centre of the screen, with the port open.
+    // In the centre of the screen, titled, with the port open on the
+    // start-up instrument: bank 0, program 24 (nylon guitar) on channel 1.
     void startsCentred()
     {
         Shell s;
         QCOMPARE(s.window.size(), QSize(7275 / 15, 10050 / 15));
         const QRect frame = s.window.frameGeometry(), available = s.window.screen()->availableGeometry();
         QVERIFY((frame.center() - available.center()).manhattanLength() <= 2);
-        QVERIFY(s.midi.MidiPortOpen && s.boxes.boxes().empty());
+        QCOMPARE(s.window.windowTitle(), "Tonaro 1.2");
+        QCOMPARE(s.calls(), QStringList({"Open 0", "Send B0 00 00", "Send B0 20 00", "Send C0 18 00"}));
+        QVERIFY(s.boxes.boxes().empty());
     }
 
-    // The pictures at their sizes; the five bar buttons look raised at
-    // rest, and only Intervals lights up under the mouse.
+    // The pictures at their sizes; the five bar buttons, captioned, look
+    // raised at rest, and only Intervals lights up under the mouse.
     void picturesAndBar()
     {
         frmSplash splash;
@@ -146,9 +139,10 @@ private slots:
         formabout about;
         QCOMPARE(about.findChild<ArtworkLabel *>()->size(), QSize(355, 135));
         Shell s;
+        const QStringList captions{"Melody", "Intervals", "Chords", "Scale", "Armony"};
         for (int index = 0; index < 5; ++index) {
             auto *button = test::child<QToolButton>(&s.window, QStringLiteral("botton1_%1").arg(index));
-            QVERIFY(!button->autoRaise());
+            QVERIFY(!button->autoRaise() && button->text() == captions[index]);
             const QImage rest = button->grab().toImage();
             button->setAttribute(Qt::WA_UnderMouse, true);
             const QImage hover = button->grab().toImage();
@@ -157,12 +151,16 @@ private slots:
         }
     }
 
-    // The boxes the program shows for real: the message box titled
-    // "tonaro12" with OK alone and no icon, the exit question with Yes as
-    // its default and the exclamation icon.
+    // The boxes the program shows for real: a refused note's message titled
+    // "tonaro12" with OK alone and no icon; closing asks with the exclamation
+    // icon and Yes as the default, and No keeps the window open.
     void realMessageBoxes()
     {
+        test::TestServices fx(false);
         QtMessageBoxes boxes;
+        Midi_interface midi{fx.platform, boxes};
+        MDIForm1 window({midi, boxes, fx.random});
+        window.show();
         QStringList seen;
         const auto inspect = [&](QMessageBox::StandardButton press) {
             QTimer::singleShot(0, [&seen, press] {
@@ -174,17 +172,19 @@ private slots:
             });
         };
         inspect(QMessageBox::Ok);
-        boxes.message(nullptr, "You must open the MIDI device first");
+        midi.NoteOn(1, 60, 100);
         inspect(QMessageBox::No);
-        QCOMPARE(boxes.question(nullptr, "Tonaro 1.2", "Exit from Tonaro 1.2?"), false);
+        QVERIFY(!window.close() && window.isVisible());
+        inspect(QMessageBox::Yes);
+        QVERIFY(window.close());
         // Ok 0x400, Yes 0x4000, No 0x10000; the Warning icon is 2.
         const QString exit = QStringLiteral("Tonaro 1.2|Exit from Tonaro 1.2?|2|%1|%2").arg(0x14000).arg(0x4000);
-        QCOMPARE(seen, QStringList({QStringLiteral("tonaro12|You must open the MIDI device first|0|%1|0").arg(0x400), exit}));
+        QCOMPARE(seen, QStringList({QStringLiteral("tonaro12|You must open the MIDI device first|0|%1|0").arg(0x400), exit, exit}));
     }
 
     // Alt with a letter answers as the letter alone and opens nothing; O is
-    // no answer letter.
-    void altLetterAnswersInNoteRecognition()
+    // no answer letter. Alt alone reaches the menu.
+    void altKeys()
     {
         const struct { double noteR; Qt::Key key; const char *verdict; } rows[] = {
             {0.8, Qt::Key_A, "Right!"}, {0.0, Qt::Key_A, "Wrong!"}, {0.3, Qt::Key_E, "Right!"}, {0.0, Qt::Key_O, ""}};
@@ -194,14 +194,10 @@ private slots:
             const QStringList opened = modalsOpenedBy([&] { QTest::keyClick(QApplication::focusWidget(), row.key, Qt::AltModifier); });
             QCOMPARE(opened.join(u' ') + '|' + s.verdict(), QString('|') + row.verdict);
         }
-    }
-
-    // Alt pressed alone enters the menu, whose entries open their dialogs.
-    void menuReachedWithAltAlone()
-    {
-        const struct { QList<Qt::Key> keys; QStringList opened; } rows[] = {
+        // Alt pressed alone enters the menu, whose entries open their dialogs.
+        const struct { QList<Qt::Key> keys; QStringList opened; } menus[] = {
             {{Qt::Key_Return}, {"optionsform"}}, {{Qt::Key_Right, Qt::Key_Space}, {"formabout"}}};
-        for (const auto &row : rows) {
+        for (const auto &row : menus) {
             Shell s;
             QTest::keyPress(&s.window, Qt::Key_Alt, Qt::AltModifier);
             QTest::keyRelease(&s.window, Qt::Key_Alt);

@@ -8,7 +8,6 @@
 
 #include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
-#include "shell/MDIForm1.h"
 
 #include <QToolButton>
 #include <random>
@@ -17,26 +16,22 @@ using namespace tonaro;
 
 namespace {
 
-struct Soak : test::TestServices {
-    MDIForm1 window{services};
+struct Soak : test::Started {
     std::mt19937 random;
     QString lastAction;
     std::size_t checked = 0;
 
-    explicit Soak(quint32 seed) : TestServices(false), random(seed)
+    explicit Soak(quint32 seed) : random(seed)
     {
-        window.MDIForm_Load();
         setWaitScale(0.004); // 1250 ms become 5 ms: nesting still happens
         clearRecords();
     }
-    ExercisePanel *exercise() const { return window.exerciseWindow(); }
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); }
-    QToolButton *barButton(int index) const { return test::child<QToolButton>(&window, QStringLiteral("botton1_%1").arg(index)); }
     template<typename T>
     T *anyUsable()
     {
         QList<T *> usable;
-        for (T *widget : exercise() ? exercise()->findChildren<T *>() : QList<T *>())
+        for (T *widget : exercise()->findChildren<T *>())
             if (widget->isEnabled() && widget->isVisibleTo(exercise()))
                 usable << widget;
         return usable.isEmpty() ? nullptr : usable[below(int(usable.size()))];
@@ -56,11 +51,9 @@ struct Soak : test::TestServices {
     void perform()
     {
         const int kind = below(100);
-        if (kind < 6) {
-            const int index = below(5);
-            lastAction = QStringLiteral("bar button %1").arg(index);
-            barButton(index)->click();
-        } else if (QAbstractButton *button = kind < 60 ? anyUsable<QAbstractButton>() : nullptr) {
+        QAbstractButton *button = kind < 6 ? test::child<QToolButton>(&window, QStringLiteral("botton1_%1").arg(below(5)))
+                                : kind < 60 ? anyUsable<QAbstractButton>() : nullptr;
+        if (button) {
             lastAction = QStringLiteral("click %1").arg(button->objectName());
             button->click();
         } else if (kind >= 60) {
@@ -95,7 +88,7 @@ struct Soak : test::TestServices {
             if (other != shown && !other->isUnloaded())
                 return QStringLiteral("%1 is still loaded beside %2").arg(other->objectName(), shown->objectName());
         for (int index = 0; index < 5; ++index)
-            if (barButton(index)->isChecked() != (index == window.CurrentExercise))
+            if (test::child<QToolButton>(&window, QStringLiteral("botton1_%1").arg(index))->isChecked() != (index == window.CurrentExercise))
                 return QStringLiteral("bar button %1 is in the wrong state").arg(index);
         // Each scored answer needs a question counted after the one before.
         const QStringList score = test::score(shown);

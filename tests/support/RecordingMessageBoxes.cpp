@@ -1,17 +1,15 @@
 #include "RecordingMessageBoxes.h"
 
-#include <algorithm>
-
 namespace tonaro {
 
 void RecordingMessageBoxes::message(QWidget *, const QString &text)
 {
-    m_boxes.push_back({ApplicationTitle, text, false});
+    m_boxes.push_back({ApplicationTitle, text});
 }
 
 bool RecordingMessageBoxes::question(QWidget *, const QString &title, const QString &text)
 {
-    m_boxes.push_back({title, text, true});
+    m_boxes.push_back({title, text});
     if (m_answers.empty())
         return true;
     const bool answer = m_answers.front();
@@ -25,11 +23,6 @@ QStringList RecordingMessageBoxes::texts() const
     for (const Box &box : m_boxes)
         result << box.text;
     return result;
-}
-
-int RecordingMessageBoxes::count(const QString &text) const
-{
-    return int(std::count_if(m_boxes.begin(), m_boxes.end(), [&](const Box &b) { return b.text == text; }));
 }
 
 } // namespace tonaro

@@ -15,7 +15,6 @@ public:
     struct Box {
         QString title;
         QString text;
-        bool isQuestion = false;
     };
 
     void message(QWidget *parent, const QString &text) override;
@@ -24,7 +23,6 @@ public:
     void scriptAnswers(std::vector<bool> answers) { m_answers = std::move(answers); }
     const std::vector<Box> &boxes() const { return m_boxes; }
     QStringList texts() const;
-    int count(const QString &text) const;
     void clear() { m_boxes.clear(); }
 
 private:

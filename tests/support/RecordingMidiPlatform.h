@@ -9,17 +9,17 @@
 
 namespace tonaro {
 
-// The test double of the MIDI platform: keeps every call with a steady-clock
-// timestamp, plays no sound, and fails any call with a chosen code on demand.
+// The test double of the MIDI platform: keeps every open, close and message
+// with a steady-clock timestamp, plays no sound, and fails any of them with
+// a chosen code on demand.
 class RecordingMidiPlatform : public MidiPlatform
 {
 public:
-    enum class Call { DeviceCount, DeviceName, Open, Close, Send };
+    enum class Call { Open, Close, Send };
 
     struct Record {
         Call call;
-        std::int32_t deviceId = 0;   // Open, DeviceName
-        MidiHandle handle = 0;       // Close, Send, and the handle Open returned
+        std::int32_t deviceId = 0;   // Open
         std::uint32_t message = 0;   // Send
         int result = 0;
         std::chrono::steady_clock::time_point time{};
@@ -29,10 +29,11 @@ public:
         std::uint8_t data2() const { return (message >> 16) & 0xFF; }
     };
 
-    explicit RecordingMidiPlatform(QStringList deviceNames = {QStringLiteral("Built-in synthesizer")});
+    explicit RecordingMidiPlatform(QStringList deviceNames = {QStringLiteral("Built-in synthesizer")})
+        : m_names(std::move(deviceNames)) {}
 
-    int outputDeviceCount() override;
-    QString deviceName(int deviceId) override;
+    int outputDeviceCount() override { return int(m_names.size()); }
+    QString deviceName(int deviceId) override { return m_names.value(deviceId); }
     int open(MidiHandle *handle, std::int32_t deviceId) override;
     int close(MidiHandle handle) override;
     int sendShortMessage(MidiHandle handle, std::uint32_t message) override;
@@ -40,29 +41,21 @@ public:
     QString errorText(int code) override { return QStringLiteral("fault %1").arg(code); }
 
     // Every later call of this kind fails with code (0 lifts the failure).
-    void setFailure(Call call, int code);
-    // Only the next call of this kind fails with code.
-    void failNext(Call call, int code);
+    void setFailure(Call call, int code) { m_failures[call] = code; }
     void setDeviceNames(const QStringList &names) { m_names = names; }
 
     const std::vector<Record> &records() const { return m_records; }
-    std::vector<Record> sent() const;   // the successful Send records only
     std::vector<Record> notesOn() const; // the successful note-on messages only
     void clear() { m_records.clear(); }
-    bool isOpen() const { return m_openHandle != 0; }
-    std::int32_t openDevice() const { return m_openDevice; }
 
 private:
-    int resultFor(Call call);
-    void record(Record record);
+    int record(Call call, std::int32_t deviceId, std::uint32_t message, int result);
 
     QStringList m_names;
     std::vector<Record> m_records;
     std::map<Call, int> m_failures;
-    std::map<Call, int> m_nextFailures;
     MidiHandle m_nextHandle = 0x100;
     MidiHandle m_openHandle = 0;
-    std::int32_t m_openDevice = 0;
 };
 
 } // namespace tonaro

@@ -15,7 +15,6 @@ public:
     double draw() override;
     void script(std::vector<double> values);
     int drawsMade() const { return m_draws; }
-    bool exhausted() const { return m_next >= m_values.size(); }
 
 private:
     std::vector<double> m_values;

@@ -40,6 +40,18 @@ QList<int> TestServices::played() const
     return notes;
 }
 
+QStringList TestServices::calls() const
+{
+    QStringList calls;
+    for (const auto &r : platform.records()) {
+        if (r.call == RecordingMidiPlatform::Call::Send)
+            calls << QString::asprintf("Send %02X %02X %02X", r.status(), r.data1(), r.data2());
+        else
+            calls << (r.call == RecordingMidiPlatform::Call::Open ? QStringLiteral("Open %1").arg(r.deviceId) : QStringLiteral("Close"));
+    }
+    return calls;
+}
+
 void click(QWidget *widget)
 {
     QVERIFY2(widget->isEnabled(), qPrintable(widget->objectName() + QStringLiteral(" is disabled")));
@@ -56,6 +68,16 @@ QStringList score(const QObject *window)
     for (const char *name : {"questlabel", "rightanslabel", "anslabel", "perclabel"})
         texts << text(window, QString::fromLatin1(name));
     return texts;
+}
+
+Started::Started(int exercise) : TestServices(false)
+{
+    window.MDIForm_Load();
+    window.botton1_Click(exercise);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window))
+        qFatal("the main window never became active");
 }
 
 ExercisePanel *makeExercise(const QString &objectName, const Services &services)

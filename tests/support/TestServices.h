@@ -5,6 +5,7 @@
 #include "midi/Midi_interface.h"
 #include "RecordingMidiPlatform.h"
 #include "RecordingMessageBoxes.h"
+#include "shell/MDIForm1.h"
 #include "shell/MessageBoxes.h"
 
 #include <QCheckBox>
@@ -36,6 +37,9 @@ struct TestServices {
     // The note numbers of the note-on messages sent since the last clear.
     QList<int> played() const;
     void clearRecords() { platform.clear(); boxes.clear(); }
+    // The port's opens, closes and messages since the last clear: "Open 1",
+    // "Close", "Send C9 18 00".
+    QStringList calls() const;
 };
 
 // Finds a child by objectName and fails the test when it is missing.
@@ -63,7 +67,8 @@ template<typename Window>
 struct Loaded : TestServices {
     QPointer<Window> w;
 
-    explicit Loaded(bool autoNew = false) : Loaded(autoNew, [](const Services &s) { return new Window(s); }) {}
+    // An exercise window by its object name, Auto NEW off.
+    explicit Loaded(const QString &name) : Loaded(false, [&name](const Services &s) { return makeExercise(name, s); }) {}
     template<typename Make>
     Loaded(bool autoNew, Make make) : w(make(services))
     {
@@ -77,6 +82,16 @@ struct Loaded : TestServices {
     T *get(const QString &name) const { return child<T>(w, name); }
     void press(const QString &name) const { click(w, name); }
     QString text(const QString &label) const { return test::text(w, label); }
+};
+
+// The main window after start-up, active, showing exercise 0 (melody) to 4
+// (harmony). The start-up opens the port.
+struct Started : TestServices {
+    MDIForm1 window{services};
+
+    explicit Started(int exercise = 0);
+    ExercisePanel *exercise() const { return window.exerciseWindow(); }
+    QWidget *find(const QString &name) const { return child(&window, name); }
 };
 
 } // namespace tonaro::test
