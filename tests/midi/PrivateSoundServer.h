@@ -49,8 +49,9 @@ public:
     }
 
     // Starts the server and waits until it takes connections; again after
-    // stop(), at the same address. On failure error() tells why, and the
-    // programs' logs stay in the folder.
+    // stop(), at the same address. Every client of this process then talks
+    // to it. On failure error() tells why, and the programs' logs stay in
+    // the folder.
     bool start()
     {
         m_error = name() + QStringLiteral(" did not come up; see the logs in ") + m_dir.path();
@@ -65,6 +66,7 @@ public:
                 return false;
             }
         }
+        qputenv("PULSE_SERVER", address());
         return true;
     }
 
