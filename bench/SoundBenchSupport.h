@@ -134,9 +134,9 @@ struct Played {
 inline Heard analyse(const std::vector<Played> &notes, test::MonitorTap &tap)
 {
     constexpr int Rate = test::PrivateSoundServer::SampleRate;
-    std::vector<float> samples;
-    std::vector<test::MonitorTap::Block> blocks;
-    tap.take(samples, blocks);
+    const test::MonitorTap::Recording recording = tap.take();
+    const std::vector<float> &samples = recording.samples;
+    const std::vector<test::MonitorTap::Block> &blocks = recording.blocks;
     const test::Samples sound(samples);
     Heard heard;
     std::size_t from = 0;

@@ -132,10 +132,9 @@ void settle(const Player &player, const test::PrivateSoundServer &server)
     player.noteOn(48);
     const auto start = Clock::now();
     std::vector<float> samples;
-    std::vector<test::MonitorTap::Block> blocks;
     do {
         std::this_thread::sleep_for(100ms);
-        tap.take(samples, blocks);
+        samples = tap.take().samples;
     } while (listening && test::onsetIndex(test::Samples(samples), 1e-3f) >= samples.size()
              && Clock::now() - start < 30s);
     std::this_thread::sleep_for(listening ? 300ms : 2500ms);

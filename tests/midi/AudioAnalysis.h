@@ -1,7 +1,7 @@
 #pragma once
 
 // Measurements on mono sample blocks for the sound tests and the audio
-// benchmark: pitch, level, onset and gaps.
+// benchmark: pitch, onset and gaps.
 
 #include <algorithm>
 #include <cmath>
@@ -12,14 +12,6 @@
 namespace tonaro::test {
 
 using Samples = std::span<const float>;
-
-inline double rms(Samples x)
-{
-    double sum = 0;
-    for (const float v : x)
-        sum += double(v) * v;
-    return x.empty() ? 0 : std::sqrt(sum / double(x.size()));
-}
 
 // The fundamental by the YIN method (de Cheveigné and Kawahara, 2002): the
 // first lag whose cumulative-mean-normalised difference dips under the

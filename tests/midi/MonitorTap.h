@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace tonaro::test {
@@ -20,6 +21,10 @@ public:
     struct Block {
         std::size_t first; // index of the block's first sample
         std::chrono::steady_clock::time_point arrived;
+    };
+    struct Recording {
+        std::vector<float> samples;
+        std::vector<Block> blocks;
     };
 
     explicit MonitorTap(int sampleRate) : m_rate(sampleRate) {}
@@ -34,14 +39,12 @@ public:
         m_loop = pa_threaded_mainloop_new();
         if (!m_loop || pa_threaded_mainloop_start(m_loop) < 0)
             return false;
-        Lock lock(m_loop);
+        // Unlocked again however this returns.
+        pa_threaded_mainloop_lock(m_loop);
+        const std::unique_ptr<pa_threaded_mainloop, decltype(&pa_threaded_mainloop_unlock)> locked(m_loop, &pa_threaded_mainloop_unlock);
         m_context = pa_context_new(pa_threaded_mainloop_get_api(m_loop), "Tonaro test recorder");
         pa_context_set_state_callback(m_context, &MonitorTap::signal, m_loop);
-        const auto contextReady = [this] {
-            const pa_context_state_t s = pa_context_get_state(m_context);
-            return s == PA_CONTEXT_READY ? 1 : PA_CONTEXT_IS_GOOD(s) ? 0 : -1;
-        };
-        if (pa_context_connect(m_context, server.constData(), PA_CONTEXT_NOFLAGS, nullptr) < 0 || !waitUntil(contextReady))
+        if (pa_context_connect(m_context, server.constData(), PA_CONTEXT_NOFLAGS, nullptr) < 0 || !waitUntilReady())
             return false;
         const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_rate), 1};
         m_stream = pa_stream_new(m_context, "monitor", &format, nullptr);
@@ -52,61 +55,52 @@ public:
         // own, so the sink keeps the timing the synthesizer's stream set.
         constexpr auto Unset = std::uint32_t(-1);
         const pa_buffer_attr attributes{Unset, Unset, Unset, Unset, std::uint32_t(m_rate / 500 * sizeof(float))};
-        const auto streamReady = [this] {
-            const pa_stream_state_t s = pa_stream_get_state(m_stream);
-            return s == PA_STREAM_READY ? 1 : PA_STREAM_IS_GOOD(s) ? 0 : -1;
-        };
-        return pa_stream_connect_record(m_stream, source.constData(), &attributes, PA_STREAM_NOFLAGS) >= 0
-            && waitUntil(streamReady);
+        return pa_stream_connect_record(m_stream, source.constData(), &attributes, PA_STREAM_NOFLAGS) >= 0 && waitUntilReady();
     }
 
     void stop()
     {
         if (!m_loop)
             return;
-        {
-            Lock lock(m_loop);
-            if (m_stream)
-                pa_stream_disconnect(m_stream);
-            if (m_context)
-                pa_context_disconnect(m_context);
-        }
         // With the loop stopped no callback can run while the rest goes.
         pa_threaded_mainloop_stop(m_loop);
-        if (m_stream)
+        if (m_stream) {
+            pa_stream_disconnect(m_stream);
             pa_stream_unref(m_stream);
-        if (m_context)
+        }
+        if (m_context) {
+            pa_context_disconnect(m_context);
             pa_context_unref(m_context);
+        }
         pa_threaded_mainloop_free(m_loop);
         m_loop = nullptr, m_context = nullptr, m_stream = nullptr;
     }
 
-    // Copies of what arrived so far; after stop(), of all that arrived.
-    void take(std::vector<float> &samples, std::vector<Block> &blocks)
+    // A copy of what arrived so far; after stop(), of all that arrived.
+    Recording take()
     {
         if (m_loop)
             pa_threaded_mainloop_lock(m_loop);
-        samples = m_samples;
-        blocks = m_blocks;
+        Recording copy = m_recording;
         if (m_loop)
             pa_threaded_mainloop_unlock(m_loop);
+        return copy;
     }
 
 private:
-    struct Lock {
-        explicit Lock(pa_threaded_mainloop *loop) : loop(loop) { pa_threaded_mainloop_lock(loop); }
-        ~Lock() { pa_threaded_mainloop_unlock(loop); }
-        pa_threaded_mainloop *loop;
-    };
-
-    // Waits while ready() says 0 (under way): true when it says 1 (ready).
-    template<typename Ready>
-    bool waitUntil(Ready ready)
+    // Waits while the context, and the stream once there is one, are under
+    // way: true when they are ready, false when one failed.
+    bool waitUntilReady()
     {
-        int state = 0;
-        while ((state = ready()) == 0)
+        for (;;) {
+            const pa_context_state_t context = pa_context_get_state(m_context);
+            const pa_stream_state_t stream = m_stream ? pa_stream_get_state(m_stream) : PA_STREAM_READY;
+            if (!PA_CONTEXT_IS_GOOD(context) || !PA_STREAM_IS_GOOD(stream))
+                return false;
+            if (context == PA_CONTEXT_READY && stream == PA_STREAM_READY)
+                return true;
             pa_threaded_mainloop_wait(m_loop);
-        return state > 0;
+        }
     }
 
     template<typename Object>
@@ -119,11 +113,11 @@ private:
         const void *data = nullptr;
         std::size_t bytes = 0;
         while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &bytes) == 0 && bytes > 0) {
-            tap->m_blocks.push_back({tap->m_samples.size(), arrived});
+            tap->m_recording.blocks.push_back({tap->m_recording.samples.size(), arrived});
             // A hole in the recording (no data) is kept as silence.
             const auto *values = static_cast<const float *>(data);
             for (std::size_t i = 0; i < bytes / sizeof(float); ++i)
-                tap->m_samples.push_back(values ? values[i] : 0.0f);
+                tap->m_recording.samples.push_back(values ? values[i] : 0.0f);
             pa_stream_drop(stream);
         }
     }
@@ -132,8 +126,7 @@ private:
     pa_threaded_mainloop *m_loop = nullptr;
     pa_context *m_context = nullptr;
     pa_stream *m_stream = nullptr;
-    std::vector<float> m_samples;
-    std::vector<Block> m_blocks;
+    Recording m_recording;
 };
 
 } // namespace tonaro::test

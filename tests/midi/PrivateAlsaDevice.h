@@ -2,8 +2,8 @@
 
 // ALSA alone, with no sound server: for as long as it lives, this process's
 // ALSA `default` device is the file plugin over the null device, writing
-// every sample played to a file of the test's own, and no PulseAudio server
-// can be reached.
+// every sample played to a file of the test's own (or there is none), and no
+// PulseAudio server can be reached.
 
 #include <QByteArray>
 #include <QFile>
@@ -16,14 +16,18 @@ namespace tonaro::test {
 class PrivateAlsaDevice
 {
 public:
-    PrivateAlsaDevice()
+    // NoDefault: a configuration with no default device at all.
+    enum Device { File, NoDefault };
+
+    explicit PrivateAlsaDevice(Device device = File)
     {
         // A configuration of its own alone, not the system's: no
         // definition there can send the default device elsewhere.
         QFile config(m_dir.filePath(QStringLiteral("asound.conf")));
         m_ready = m_dir.isValid() && config.open(QIODevice::WriteOnly)
-            && config.write("pcm.!default { type file slave.pcm { type null } file \"" + m_dir.filePath("played.raw").toLocal8Bit()
-                            + "\" format \"raw\" }\n") > 0;
+            && (device == NoDefault
+                || config.write("pcm.!default { type file slave.pcm { type null } file \"" + m_dir.filePath("played.raw").toLocal8Bit()
+                                + "\" format \"raw\" }\n") > 0);
         qputenv("ALSA_CONFIG_PATH", config.fileName().toLocal8Bit());
         qputenv("PULSE_SERVER", "unix:" + m_dir.filePath(QStringLiteral("no-server")).toLocal8Bit());
     }
@@ -37,15 +41,15 @@ public:
 
     bool isReady() const { return m_ready; }
 
-    // The left channel of all that was played so far; the synthesizer
-    // plays float stereo, which the file plugin writes as it comes.
-    std::vector<float> played() const
+    // The left channel of what was played from that frame on; the
+    // synthesizer plays float stereo, which the file plugin writes as it comes.
+    std::vector<float> played(qsizetype from = 0) const
     {
         QFile file(m_dir.filePath(QStringLiteral("played.raw")));
         const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         const auto *values = reinterpret_cast<const float *>(bytes.constData());
         std::vector<float> left;
-        for (qsizetype i = 0; i + 1 < bytes.size() / qsizetype(sizeof(float)); i += 2)
+        for (qsizetype i = 2 * from; i + 1 < bytes.size() / qsizetype(sizeof(float)); i += 2)
             left.push_back(values[i]);
         return left;
     }

@@ -18,6 +18,7 @@
 
 #include <csignal>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 namespace tonaro::test {
@@ -48,31 +49,34 @@ public:
     }
 
     // Starts the server and waits until it takes connections; again after
-    // stop(), at the same address. On failure error() tells why.
+    // stop(), at the same address. Every client of this process then talks
+    // to it. On failure error() tells why, and the programs' logs stay in
+    // the folder.
     bool start()
     {
-        if (!m_dir.isValid() || !writePipeWireSink()) {
-            m_error = QStringLiteral("no temporary folder for the server");
-            return false;
-        }
+        m_error = name() + QStringLiteral(" did not come up; see the logs in ") + m_dir.path();
         // Each program comes up before the next needs it, shown by the file
-        // it makes: the bus, the server with the sink, then its clients.
-        for (const Step &step : steps()) {
-            if (!startProcess(step.program, step.arguments) || !waitFor(step.makes)) {
+        // it makes (none: nothing to wait for): the bus, the server with the
+        // sink, then its clients.
+        for (const auto &[program, arguments, makes] : steps()) {
+            if (!m_dir.isValid() || !startProcess(program, arguments)
+                || !QTest::qWaitFor([&] { return (makes.isEmpty() || QFile::exists(m_dir.filePath(makes))) && allRunning(); }, 10000)) {
                 m_dir.setAutoRemove(false);
                 stop();
                 return false;
             }
         }
+        qputenv("PULSE_SERVER", address());
         return true;
     }
 
+    // Kills every program at once, as a crash would: a server restarts from
+    // that as from any other end.
     void stop()
     {
-        for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
-            (*process)->terminate();
-            if (!(*process)->waitForFinished(3000))
-                (*process)->kill(), (*process)->waitForFinished(3000);
+        for (const auto &process : m_processes) {
+            process->kill();
+            process->waitForFinished(3000);
         }
         m_processes.clear();
         for (const char *made : {"native", "bus", "pipewire-0"})
@@ -80,13 +84,7 @@ public:
     }
 
 private:
-    struct Step {
-        QString program;
-        QStringList arguments;
-        QString makes; // empty: nothing to wait for
-    };
-
-    std::vector<Step> steps() const
+    std::vector<std::tuple<QString, QStringList, QString>> steps() const
     {
         if (m_kind == Kind::PulseAudio) {
             // No default.pa (-n): only the null sink and the socket. A server
@@ -97,6 +95,16 @@ private:
                       "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + m_dir.filePath("native")},
                      "native"}};
         }
+        // PipeWire's support.null-audio-sink factory makes a sink without hardware.
+        QDir(m_dir.path()).mkpath(QStringLiteral("pipewire/pipewire.conf.d"));
+        QFile sink(m_dir.filePath(QStringLiteral("pipewire/pipewire.conf.d/tonaro-null-sink.conf")));
+        if (sink.open(QIODevice::WriteOnly))
+            sink.write(QStringLiteral("context.objects = [ { factory = adapter args = {\n"
+                                      "  factory.name = support.null-audio-sink node.name = tonaro_null\n"
+                                      "  media.class = Audio/Sink audio.position = [ FL FR ]\n"
+                                      "  audio.rate = %1 monitor.channel-volumes = true } } ]\n")
+                           .arg(SampleRate)
+                           .toUtf8());
         return {{"dbus-daemon", {"--session", "--nofork", "--nopidfile", "--address=" + busAddress()}, "bus"},
                 {"pipewire", {}, "pipewire-0"},
                 {"wireplumber", {}, {}},
@@ -105,21 +113,10 @@ private:
 
     QString busAddress() const { return QStringLiteral("unix:path=") + m_dir.filePath(QStringLiteral("bus")); }
 
-    // PipeWire's support.null-audio-sink factory makes a sink without hardware.
-    bool writePipeWireSink() const
+    bool allRunning() const
     {
-        if (m_kind != Kind::PipeWire)
-            return true;
-        QDir(m_dir.path()).mkpath(QStringLiteral("pipewire/pipewire.conf.d"));
-        QFile file(m_dir.filePath(QStringLiteral("pipewire/pipewire.conf.d/tonaro-null-sink.conf")));
-        return file.open(QIODevice::WriteOnly)
-            && file.write(QStringLiteral("context.objects = [ { factory = adapter args = {\n"
-                                         "  factory.name = support.null-audio-sink node.name = tonaro_null\n"
-                                         "  media.class = Audio/Sink audio.position = [ FL FR ]\n"
-                                         "  audio.rate = %1 monitor.channel-volumes = true } } ]\n")
-                              .arg(SampleRate)
-                              .toUtf8())
-                > 0;
+        return std::all_of(m_processes.begin(), m_processes.end(),
+                           [](const auto &process) { return process->state() == QProcess::Running; });
     }
 
     // One of the server's programs, with its output in a log of its own
@@ -142,24 +139,7 @@ private:
         process.setStandardOutputFile(m_dir.filePath(program + QStringLiteral(".log")));
         process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
         process.start(program, arguments);
-        if (process.waitForStarted(5000))
-            return true;
-        m_error = program + QStringLiteral(" did not start: ") + process.errorString();
-        return false;
-    }
-
-    // Waits for the file a program makes while every program runs.
-    bool waitFor(const QString &made)
-    {
-        const auto allRunning = [this] {
-            return std::all_of(m_processes.begin(), m_processes.end(),
-                               [](const auto &process) { return process->state() == QProcess::Running; });
-        };
-        const bool up = made.isEmpty() || QTest::qWaitFor([&] { return QFile::exists(m_dir.filePath(made)) || !allRunning(); }, 10000);
-        if (up && allRunning())
-            return true;
-        m_error = name() + QStringLiteral(" did not come up; see the logs in ") + m_dir.path();
-        return false;
+        return process.waitForStarted(5000);
     }
 
     const Kind m_kind;

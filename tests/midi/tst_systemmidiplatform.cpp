@@ -26,10 +26,8 @@ struct FakePorts : SystemMidiPorts {
     std::vector<std::string> portNames() override { return names; }
     MidiResult open(const std::string &name, std::unique_ptr<SystemMidiPort> &port) override
     {
-        if (std::find(names.begin(), names.end(), name) == names.end())
-            return MidiResult::DeviceVanished;
-        port = std::make_unique<Port>();
-        return MidiResult::Ok;
+        port = std::ranges::count(names, name) > 0 ? std::make_unique<Port>() : nullptr;
+        return port ? MidiResult::Ok : MidiResult::DeviceVanished;
     }
 };
 
