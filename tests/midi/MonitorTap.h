@@ -89,18 +89,29 @@ public:
 
 private:
     // Waits while the context, and the stream once there is one, are under
-    // way: true when they are ready, false when one failed.
+    // way: true when they are ready, false when one failed or a second
+    // passed. A stream asked for on a PipeWire server whose session manager
+    // is not up yet waits half a minute to be linked; asked again it is
+    // linked at once.
     bool waitUntilReady()
     {
+        pa_mainloop_api *api = pa_threaded_mainloop_get_api(m_loop);
+        timeval until{};
+        pa_timeval_add(pa_gettimeofday(&until), PA_USEC_PER_SEC);
+        m_late = false;
+        pa_time_event *timer = api->time_new(api, &until, [](pa_mainloop_api *, pa_time_event *, const timeval *, void *self) {
+            static_cast<MonitorTap *>(self)->m_late = true;
+            pa_threaded_mainloop_signal(static_cast<MonitorTap *>(self)->m_loop, 0);
+        }, this);
         for (;;) {
             const pa_context_state_t context = pa_context_get_state(m_context);
             const pa_stream_state_t stream = m_stream ? pa_stream_get_state(m_stream) : PA_STREAM_READY;
-            if (!PA_CONTEXT_IS_GOOD(context) || !PA_STREAM_IS_GOOD(stream))
-                return false;
-            if (context == PA_CONTEXT_READY && stream == PA_STREAM_READY)
-                return true;
+            if (!PA_CONTEXT_IS_GOOD(context) || !PA_STREAM_IS_GOOD(stream) || m_late || (context == PA_CONTEXT_READY && stream == PA_STREAM_READY))
+                break;
             pa_threaded_mainloop_wait(m_loop);
         }
+        api->time_free(timer);
+        return pa_context_get_state(m_context) == PA_CONTEXT_READY && (!m_stream || pa_stream_get_state(m_stream) == PA_STREAM_READY);
     }
 
     template<typename Object>
@@ -123,6 +134,7 @@ private:
     }
 
     const int m_rate;
+    bool m_late = false;
     pa_threaded_mainloop *m_loop = nullptr;
     pa_context *m_context = nullptr;
     pa_stream *m_stream = nullptr;

@@ -74,9 +74,9 @@ public:
     // that as from any other end.
     void stop()
     {
-        for (const auto &process : m_processes) {
-            process->kill();
-            process->waitForFinished(3000);
+        for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
+            (*process)->kill();
+            (*process)->waitForFinished(3000);
         }
         m_processes.clear();
         for (const char *made : {"native", "bus", "pipewire-0"})

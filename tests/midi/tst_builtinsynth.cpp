@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int Guitar = 24; // its samples are read when it is chosen
+constexpr int Guitar = 24, Flute = 73; // their samples are read when they are chosen
 
 std::uint32_t message(std::uint8_t status, int data1, int data2 = 0)
 {
@@ -54,9 +54,9 @@ QString heard(BuiltInSynth &synth, double hz)
 }
 
 // What a file placed under the SoundFont folder is: a link to the system's
-// SoundFont, or one that does not load: bytes of nothing, an empty file,
-// its first 64 KiB, a link to nothing.
-enum class Kind { Good, Garbage, Empty, Head, Dangling };
+// SoundFont or a copy of it, or one that does not load: bytes of nothing, an
+// empty file, its first 64 KiB, a link to nothing.
+enum class Kind { Good, Copy, Garbage, Empty, Head, Dangling };
 
 const char *const General = "sounds/sf3/MuseScore_General.sf3", *const Lite = "sounds/sf3/MuseScore_General_Lite.sf3",
                   *const Fluid = "sounds/sf2/FluidR3_GM.sf2", *const DefaultSf2 = "sounds/sf2/default-GM.sf2",
@@ -82,6 +82,8 @@ class BuiltInSynthTest : public QObject
             fs::create_symlink(m_systemFont, path);
         else if (kind == Kind::Garbage || kind == Kind::Empty)
             std::ofstream(path, std::ios::binary) << std::string(kind == Kind::Garbage ? 4096 : 0, '\x5a');
+        else if (kind == Kind::Copy)
+            fs::copy_file(m_systemFont, path);
         else if (kind == Kind::Head)
             fs::copy_file(m_systemFont, path), fs::resize_file(path, 64 * 1024);
         else
@@ -157,6 +159,37 @@ private slots:
                 place(file, kind);
             // The last file placed, if it is good.
             takes(files.back().second == Kind::Good ? files.back().first : nullptr);
+        }
+    }
+
+    // The SoundFont changed after start-up, as a package upgrade does it:
+    // removed or replaced by a new file, the open one plays on; cut or
+    // written over in place, it is refused, and the channel keeps the
+    // instrument it had. Never another file's bytes read as samples.
+    void fileChangesAfterStartUp()
+    {
+        for (const QString change : {"removed", "replaced", "cut", "written over"}) {
+            m_dir = std::make_unique<QTemporaryDir>();
+            place(Tim, Kind::Copy);
+            const fs::path path = folder() / Tim;
+            BuiltInSynth synth(offline());
+            QCOMPARE(synth.open(), MidiResult::Ok);
+            QCOMPARE(synth.send(message(midi::ProgramChangeStatus, Flute)), MidiResult::Ok);
+            const bool inPlace = change == "cut" || change == "written over";
+            const auto size = fs::file_size(path);
+            if (change == "removed")
+                fs::remove(path);
+            else if (change == "replaced")
+                place("new.sf2", Kind::Garbage), fs::rename(folder() / "new.sf2", path);
+            else
+                std::ofstream(path, std::ios::binary | std::ios::trunc) << std::string(change == "cut" ? 0 : size, '\x5a');
+            const MidiResult expected = inPlace ? MidiResult::NoSoundFont : MidiResult::Ok;
+            QCOMPARE(synth.send(message(midi::ProgramChangeStatus, Guitar)), expected);
+            QCOMPARE(synth.send(message(midi::NoteOnStatus, 69, 100)), MidiResult::Ok);
+            const QString wrong = heard(synth, 440);
+            QVERIFY2(wrong.isEmpty(), qPrintable(change + ": " + wrong));
+            synth.close();
+            QCOMPARE(synth.open(), expected);
         }
     }
 };
