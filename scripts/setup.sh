@@ -12,7 +12,7 @@ build=${BUILD_DIR:-build}
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-svg-dev libgl-dev
-    libfluidsynth-dev librtmidi-dev libpulse-dev libasound2-dev libjack-jackd2-dev
+    libfluidsynth-dev librtmidi-dev libpipewire-0.3-dev libpulse-dev libasound2-dev libjack-jackd2-dev
     musescore-general-soundfont-small qt6-qpa-plugins
 )
 test_packages=(

@@ -37,7 +37,7 @@ AudioConnection::~AudioConnection()
 
 bool AudioConnection::connect()
 {
-    std::unique_ptr<AudioOutput> output = startAudioOutput(m_source, m_settings, {Backend::PulseAudio, Backend::Alsa});
+    std::unique_ptr<AudioOutput> output = startAudioOutput(m_source, m_settings, {Backend::PipeWire, Backend::PulseAudio, Backend::Alsa});
     if (!output)
         return false;
     {
@@ -82,8 +82,8 @@ int AudioConnection::reconnects()
 std::vector<Backend> AudioConnection::backendsToTry() const
 {
     if (m_lostBackend == Backend::Alsa || std::chrono::steady_clock::now() - m_lostAt >= ServerRestartTime)
-        return {Backend::PulseAudio, Backend::Alsa};
-    return {Backend::PulseAudio};
+        return {Backend::PipeWire, Backend::PulseAudio, Backend::Alsa};
+    return {Backend::PipeWire, Backend::PulseAudio};
 }
 
 void AudioConnection::seekWhileOpen()

@@ -26,8 +26,9 @@ public:
     AudioConnection(const AudioConnection &) = delete;
     AudioConnection &operator=(const AudioConnection &) = delete;
 
-    // PulseAudio first (PulseAudio itself or PipeWire's PulseAudio server),
-    // then ALSA's default device. False when neither plays.
+    // PipeWire first (where it has a sink), then PulseAudio (PulseAudio
+    // itself or PipeWire's PulseAudio server), then ALSA's default device.
+    // False when none plays.
     bool connect();
     // True while an output plays.
     bool isPlaying();

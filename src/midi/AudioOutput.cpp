@@ -1,6 +1,7 @@
 #include "AudioOutput.h"
 
 #include "AlsaOutput.h"
+#include "PipeWireOutput.h"
 #include "PulseAudioOutput.h"
 
 #include <pthread.h>
@@ -21,6 +22,8 @@ std::unique_ptr<AudioOutput> makeOutput(AudioOutput::Backend backend, AudioSourc
                                         const AudioOutput::Settings &settings)
 {
     switch (backend) {
+    case AudioOutput::Backend::PipeWire:
+        return std::make_unique<PipeWireOutput>(source, settings);
     case AudioOutput::Backend::PulseAudio:
         return std::make_unique<PulseAudioOutput>(source, settings);
     case AudioOutput::Backend::Alsa:

@@ -23,7 +23,7 @@ public:
 class AudioOutput
 {
 public:
-    enum class Backend { PulseAudio, Alsa };
+    enum class Backend { PipeWire, PulseAudio, Alsa };
 
     struct Settings {
         // The rate PipeWire's graph and most sound hardware run at. A stream
@@ -38,6 +38,12 @@ public:
         // server that keeps more than the largest anyway is not asked again.
         std::chrono::milliseconds bufferTime{10};
         std::chrono::milliseconds largestBufferTime{20};
+        // The period a PipeWire graph is asked to run at while the stream
+        // plays: 256 frames at 48 kHz, the shortest PipeWire's PulseAudio
+        // server lets its own clients have, so that our stream seldom makes
+        // the graph change pace under them. The graph runs at the shortest
+        // period any of its streams asks for.
+        std::chrono::microseconds periodTime{5333};
         std::chrono::milliseconds calmBeforeShrinking{10000};
         std::chrono::milliseconds connectTimeout{2000};
         std::chrono::milliseconds pauseAfterSilence{500};

@@ -3,7 +3,7 @@
 // ALSA alone, with no sound server: for as long as it lives, this process's
 // ALSA `default` device is the file plugin over the null device, writing
 // every sample played to a file of the test's own (or there is none), and no
-// PulseAudio server can be reached.
+// sound server can be reached.
 
 #include <QByteArray>
 #include <QFile>
@@ -30,10 +30,11 @@ public:
                                 + "\" format \"raw\" }\n") > 0);
         qputenv("ALSA_CONFIG_PATH", config.fileName().toLocal8Bit());
         qputenv("PULSE_SERVER", "unix:" + m_dir.filePath(QStringLiteral("no-server")).toLocal8Bit());
+        qputenv("PIPEWIRE_RUNTIME_DIR", m_dir.path().toLocal8Bit());
     }
     ~PrivateAlsaDevice()
     {
-        for (const auto &[name, value] : {std::pair{"ALSA_CONFIG_PATH", m_savedConfig}, {"PULSE_SERVER", m_savedServer}})
+        for (const auto &[name, value] : {std::pair{"ALSA_CONFIG_PATH", m_savedConfig}, {"PULSE_SERVER", m_savedServer}, {"PIPEWIRE_RUNTIME_DIR", m_savedPipeWire}})
             value.isNull() ? qunsetenv(name) : qputenv(name, value);
     }
     PrivateAlsaDevice(const PrivateAlsaDevice &) = delete;
@@ -57,6 +58,7 @@ public:
 private:
     const QByteArray m_savedConfig = qgetenv("ALSA_CONFIG_PATH");
     const QByteArray m_savedServer = qgetenv("PULSE_SERVER");
+    const QByteArray m_savedPipeWire = qgetenv("PIPEWIRE_RUNTIME_DIR");
     QTemporaryDir m_dir;
     bool m_ready = false;
 };

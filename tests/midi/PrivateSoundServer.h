@@ -36,7 +36,7 @@ public:
     ~PrivateSoundServer() { stop(); }
 
     QString name() const { return m_kind == Kind::PipeWire ? QStringLiteral("PipeWire") : QStringLiteral("PulseAudio"); }
-    // What PULSE_SERVER must hold for a client to reach this server.
+    // What PULSE_SERVER must hold for a PulseAudio client to reach this server.
     QByteArray address() const { return "unix:" + m_dir.filePath(QStringLiteral("native")).toLocal8Bit(); }
     QString monitorName() const { return QStringLiteral("tonaro_null.monitor"); }
     QString error() const { return m_error; }
@@ -67,6 +67,9 @@ public:
             }
         }
         qputenv("PULSE_SERVER", address());
+        // PipeWire's own clients look for its socket there; PulseAudio's
+        // folder has none.
+        qputenv("PIPEWIRE_RUNTIME_DIR", m_dir.path().toLocal8Bit());
         return true;
     }
 
@@ -129,7 +132,7 @@ private:
             return false;
         }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char *name : {"PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "HOME"})
+        for (const char *name : {"PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "XDG_RUNTIME_DIR", "PIPEWIRE_RUNTIME_DIR", "XDG_CONFIG_HOME", "HOME"})
             environment.insert(QString::fromLatin1(name), m_dir.path());
         environment.remove(QStringLiteral("PULSE_SERVER"));
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress());
