@@ -2,10 +2,10 @@
 
 // A sound server of the test's own, started as plain child processes in a
 // private runtime folder, with one null sink that the test records from
-// the sink's monitor over the PulseAudio protocol: PulseAudio itself, or
-// PipeWire as desktops run it (the server, its session manager and its
-// PulseAudio server, on a session bus of their own, which the session
-// manager needs). The end-to-end test and the audio benchmark share them.
+// the sink's monitor over the PulseAudio protocol: PulseAudio itself (with
+// a PipeWire that has no sink beside it), or PipeWire as desktops run it
+// (the server, its session manager and its PulseAudio server, on a session
+// bus of their own, which the session manager needs). The end-to-end test and the audio benchmark share them.
 
 #include <QDir>
 #include <QFile>
@@ -90,9 +90,13 @@ private:
     std::vector<std::tuple<QString, QStringList, QString>> steps() const
     {
         if (m_kind == Kind::PulseAudio) {
-            // No default.pa (-n): only the null sink and the socket. A server
+            // Beside it a PipeWire with no sink, as on desktops that play
+            // through PulseAudio and share screens through PipeWire. No
+            // default.pa (-n): only the null sink and the socket. A server
             // run as root warns that it is not meant to be; that is fine here.
-            return {{"pulseaudio",
+            return {{"dbus-daemon", {"--session", "--nofork", "--nopidfile", "--address=" + busAddress()}, "bus"},
+                    {"pipewire", {}, "pipewire-0"},
+                    {"pulseaudio",
                      {"--daemonize=no", "--system=false", "--exit-idle-time=-1", "--use-pid-file=false", "-n",
                       "--log-target=stderr", "-L", QStringLiteral("module-null-sink sink_name=tonaro_null rate=44100"),
                       "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + m_dir.filePath("native")},
