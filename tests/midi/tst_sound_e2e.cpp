@@ -39,9 +39,8 @@ enum class Setup { PulseAudio, PipeWire, AlsaAlone };
 // of it. Once the stream has grown its buffer to 20 ms after an underflow
 // the notes come some 23 ms after their note-ons, so these bounds catch a
 // stream that plays late, not the last milliseconds (bench_audio measures
-// those). PipeWire hands a null sink's monitor on a period later than
-// PulseAudio does (about 30 ms here, for the fluidsynth program as for us).
-constexpr double LatencyMs = 60, PipeWireLatencyMs = 90;
+// those).
+constexpr double LatencyMs = 60;
 
 struct PlayedNote {
     double hz; // equal temperament, A = 440 Hz
@@ -66,7 +65,7 @@ double longestGapMs(Samples sound)
 // The notes, played one after another, each held HoldMs and followed by
 // GapMs of silence: what was wrong with their pitch, onset or sustain, or
 // nothing.
-QString judge(const std::vector<PlayedNote> &notes, const Recording &heard, double latencyMs)
+QString judge(const std::vector<PlayedNote> &notes, const Recording &heard)
 {
     const Samples sound(heard.samples);
     const std::size_t held = std::size_t(HoldMs) * Rate / 1000;
@@ -79,7 +78,7 @@ QString judge(const std::vector<PlayedNote> &notes, const Recording &heard, doub
         const auto holder = std::upper_bound(heard.blocks.begin(), heard.blocks.end(), onset, [](std::size_t i, const auto &b) { return i < b.first; });
         const double latency = heard.blocks.empty() ? note.reportedMs : Ms(std::prev(holder)->arrived - note.on).count();
         latencies.push_back(latency);
-        if (latency > latencyMs)
+        if (latency > LatencyMs)
             return QStringLiteral("the %1 Hz note sounded %2 ms after its note-on").arg(note.hz).arg(latency);
         // The end of the note is left out for its release.
         if (const double gap = longestGapMs(sound.subspan(onset + Rate / 50, held - Rate / 10)); gap >= 3.0)
@@ -91,7 +90,7 @@ QString judge(const std::vector<PlayedNote> &notes, const Recording &heard, doub
         from = onset + held + std::size_t(GapMs) * Rate / 2000;
     }
     std::sort(latencies.begin(), latencies.end());
-    if (latencies[latencies.size() / 2] > latencyMs / 2)
+    if (latencies[latencies.size() / 2] > LatencyMs / 2)
         return QStringLiteral("the notes sounded %1 ms after their note-ons (median)").arg(latencies[latencies.size() / 2]);
     return {};
 }
@@ -151,7 +150,7 @@ struct Synth {
     // wrong, or nothing. A busy machine can starve the sound server for a
     // moment; an output that is really broken fails every time. So the
     // notes have three chances.
-    QString hearFourNotes(const std::function<Listener()> &listen, double latencyMs)
+    QString hearFourNotes(const std::function<Listener()> &listen)
     {
         QString problem;
         for (int attempt = 1; attempt <= 3; ++attempt) {
@@ -168,7 +167,7 @@ struct Synth {
                 silence();
                 QTest::qWait(GapMs);
             }
-            if ((problem = judge(played, listener(), latencyMs)).isEmpty())
+            if ((problem = judge(played, listener())).isEmpty())
                 return {};
             qWarning("attempt %d: %s", attempt, qPrintable(problem));
         }
@@ -237,7 +236,7 @@ private slots:
         (void)QTest::qWaitFor([&] { return firstPitch(settling()) > 0; }, 4000);
         synth.silence();
         QTest::qWait(GapMs);
-        const QString problem = synth.hearFourNotes(listen, setup == Setup::PipeWire ? PipeWireLatencyMs : LatencyMs);
+        const QString problem = synth.hearFourNotes(listen);
         // A dropout where a plain stream drops out as well says more of the
         // machine than of the output: it is reported, not failed.
         const double controlGapMs = problem.contains(QLatin1String("dropout")) && !alsaAlone ? controlStreamGapMs(server) : 0;

@@ -52,7 +52,7 @@ field() { dpkg-deb --field "$deb" "$1"; }
 [ "$(field Architecture)" = "$(dpkg --print-architecture)" ] || { echo "wrong architecture"; exit 1; }
 depends=$(field Depends)
 # dpkg-shlibdeps contributes the libraries the program links; the rest is ours.
-for wanted in libfluidsynth libqt6widgets6 librtmidi libpulse musescore-general-soundfont-small qt6-qpa-plugins; do
+for wanted in libfluidsynth libqt6widgets6 librtmidi libpipewire libpulse musescore-general-soundfont-small qt6-qpa-plugins; do
     grep -q "$wanted" <<< "$depends" || { echo "Depends lacks $wanted: $depends"; exit 1; }
 done
 contents=$(dpkg-deb --contents "$deb")
