@@ -2,8 +2,10 @@
 
 #include "exercise/ExercisePanel.h"
 #include "exercise/WaitMs.h"
+#include "exercises/formmelody/PianoKeyboard.h"
 
 #include <QComboBox>
+#include <QLineEdit>
 #include <QSlider>
 
 // The panel the five exercise windows share, and where the windows differ
@@ -151,8 +153,7 @@ private slots:
             p.clearRecords();
             setWaitScale(1);
             int seen = -1;
-            QObject context;
-            QMetaObject::invokeMethod(&context, [&] { seen = int(p.played().size()); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(p.w, [&] { seen = int(p.played().size()); }, Qt::QueuedConnection);
             p.get<QAbstractButton>(row.button)->click();
             QCoreApplication::processEvents();
             QCOMPARE(QStringLiteral("%1 %2: %3").arg(row.window, row.button).arg(seen),
@@ -161,8 +162,9 @@ private slots:
     }
 
     // Three notes are answered in playing order, each key counting for a
-    // question; test-mode keys are silent. Six notes or more are revealed in
-    // 10-point type, five or fewer in 18.
+    // question; test-mode keys are silent. The answer shows on the piano too,
+    // its keys lit and numbered in playing order until the next New or
+    // Reset.
     void melodyAnswersSeveralNotes()
     {
         // The draws for 60 (C), 64 (E), 72 (C): octave among the 4th to 7th,
@@ -173,37 +175,54 @@ private slots:
             p.get<QComboBox>("nnotescombo")->setCurrentIndex(2);
             p.random.script(CEC);
             p.press("New");
-            for (int key : inOrder ? Ints{0, 4, 0} : Ints{0, 0, 4}) {
-                QCOMPARE(p.text("rightwronglabel"), "");
+            auto *piano = p.get<PianoKeyboard>("pianokeyboard");
+            const QImage unlit = piano->grab().toImage();
+            const auto marks = [piano] { return QStringList(piano->answerMarks().begin(), piano->answerMarks().end()).join(u','); };
+            // Judged once, after the last key: out of order, the first key
+            // alone would be right.
+            for (int key : inOrder ? Ints{0, 4, 0} : Ints{0, 0, 4})
                 p.press(p.answerButton(key));
-            }
             QCOMPARE(test::score(p.w), inOrder ? QStringList({"3", "3", "1", "100"}) : QStringList({"3", "0", "1", "0"}));
             QCOMPARE(p.text("showlabel") + "|" + p.text("rightwronglabel"), inOrder ? "C E C |Right!" : "C E C |Wrong!");
             QCOMPARE(p.played(), (Ints{60, 64, 72}));
-        }
-        for (int count : {5, 6}) {
-            Panel p("formmelody");
-            p.press("Notest");
-            p.get<QComboBox>("nnotescombo")->setCurrentIndex(count - 1);
-            p.press("New");
-            p.press("Reveal");
-            QCOMPARE(p.get("showlabel")->font().pointSizeF(), count == 5 ? 18.0 : 10.0);
-            QCOMPARE(p.text("showlabel"), QString("C ").repeated(count));
+            QCOMPARE(marks(), "1 3,,,,2,,,,,,,");
+            QVERIFY(piano->grab().toImage() != unlit);
+            p.press(inOrder ? "Reset" : "New");
+            QCOMPARE(marks(), ",,,,,,,,,,,");
         }
     }
 
-    // Every letter, with each modifier state, wherever the focus is in the
-    // window: Ctrl alone gives the sharp, any other state acts as the plain
-    // letter. In practice mode a key plays its note in the 5th octave; N asks
-    // (the note 48) and R repeats.
-    void melodyLetters()
+    // Typed into the number box, a number of the list chooses it; any other
+    // text chooses nothing, and New then plays and counts nothing. Letters
+    // typed there stay there; V reveals, in test mode too, six notes or more
+    // in 10-point type, five or fewer in 18. Elsewhere every letter, with
+    // each modifier state, wherever the focus is in the window: Ctrl alone
+    // gives the sharp, any other state acts as the plain letter. In practice
+    // mode a key plays its note in the 5th octave; N asks (the note 48), R
+    // repeats and S empties the labels.
+    void melodyKeys()
     {
+        Panel p("formmelody");
+        auto *box = p.get<QComboBox>("nnotescombo");
+        for (const auto &[typed, notes, points] : {std::tuple("5", 5, 18.0), {"6", 6, 10.0}, {"10", 10, 10.0},
+                                                   {"11", 0, 18.0}, {"three", 0, 18.0}, {"3 ", 0, 18.0}}) {
+            box->setFocus();
+            box->lineEdit()->selectAll();
+            QTest::keyClicks(box, QLatin1String(typed));
+            QTest::keyClick(box, Qt::Key_Return);
+            p.press("Reset");
+            p.press("New");
+            QTest::keyClick(p.w, Qt::Key_V);
+            QCOMPARE(QStringLiteral("%1: %2 %3 %4 %5").arg(box->currentText(), test::score(p.w).constFirst()).arg(p.take().size())
+                         .arg(p.text("showlabel")).arg(p.get("showlabel")->font().pointSizeF()),
+                     QStringLiteral("%1: %2 %2 %3 %4").arg(QLatin1String(typed)).arg(notes).arg(QString("C ").repeated(notes)).arg(points));
+        }
+        box->setCurrentIndex(0);
         const struct { Qt::Key key; int plain, ctrl; } letters[] = {{Qt::Key_C, 60, 61}, {Qt::Key_D, 62, 63},
             {Qt::Key_E, 64, 64}, {Qt::Key_F, 65, 66}, {Qt::Key_G, 67, 68}, {Qt::Key_A, 69, 70}, {Qt::Key_B, 71, 71},
             {Qt::Key_N, 48, 48}, {Qt::Key_R, 48, 48}, {Qt::Key_X, 0, 0}, {Qt::Key_H, 0, 0}};
         const Qt::KeyboardModifiers states[] = {Qt::NoModifier, Qt::ControlModifier, Qt::ShiftModifier, Qt::AltModifier,
             Qt::ControlModifier | Qt::ShiftModifier, Qt::ControlModifier | Qt::AltModifier};
-        Panel p("formmelody");
         p.press("Notest");
         for (const auto &letter : letters) {
             for (const Qt::KeyboardModifiers state : states) {
@@ -215,14 +234,10 @@ private slots:
             }
         }
         QVERIFY(!p.get<QCheckBox>("Nota_1")->isChecked());
-        // V reveals and S empties the labels, V also in test mode, where the
-        // Reveal button is disabled.
-        QTest::keyClick(p.w, Qt::Key_V, Qt::ShiftModifier);
-        QTest::keyClick(p.w, Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(p.text("showlabel"), "");
-        p.press("Test");
         QTest::keyClick(p.w, Qt::Key_V, Qt::AltModifier);
         QCOMPARE(p.text("showlabel"), "C ");
+        QTest::keyClick(p.w, Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(p.text("showlabel"), "");
     }
 };
 

@@ -1,5 +1,5 @@
 // The built-in synthesizer heard through the very code the device plays
-// through, rendered offline: its pitch and silence, and its
+// through, rendered offline: its silence, and its
 // SoundFont: the order in which it is looked for, the fallback past files
 // that do not load. The SoundFont cases point the search at a folder of
 // their own, filled from the SoundFont the system has.
@@ -116,18 +116,16 @@ private slots:
 
     void init() { m_dir.reset(); }
 
-    // A note at its pitch (the end-to-end test hears more); closing the
-    // device silences a sounding note at once, and a note-on of velocity 0
-    // ends it.
-    void notesSoundAtTheirPitchAndStop()
+    // Closing the device silences a sounding note at once, and a note-on of
+    // velocity 0 ends it. (The pitch is heard below with every SoundFont
+    // taken, and end to end.)
+    void notesStop()
     {
         BuiltInSynth synth(offline());
         QCOMPARE(synth.open(), MidiResult::Ok);
-        QCOMPARE(synth.send(message(midi::NoteOnStatus, 69, 0)), MidiResult::Ok); // nothing sounds yet
         QCOMPARE(synth.send(message(midi::ProgramChangeStatus, Guitar)), MidiResult::Ok);
         QCOMPARE(synth.send(message(midi::NoteOnStatus, 81, 100)), MidiResult::Ok);
-        const QString wrong = heard(synth, 880);
-        QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
+        QVERIFY(!quiet(render(synth, 0.2), 0.01f));
         synth.close();
         // One block of 64 frames may still be under way when the voices stop.
         QVERIFY2(quiet(Samples(render(synth, 0.1)).subspan(64), 1e-4f), "the note rings on after close");

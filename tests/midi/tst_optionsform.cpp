@@ -1,5 +1,4 @@
 #include "TestServices.h"
-#include "exercise/ExercisePanel.h"
 #include "midi/optionsform.h"
 
 #include <QComboBox>
@@ -32,7 +31,6 @@ private slots:
         QCOMPARE(child<QComboBox>(&dialog, "Combodevice")->currentText(), "Built-in synthesizer");
         QCOMPARE(child<QComboBox>(&dialog, "Combochannel")->count(), 16);
         QCOMPARE(child<QComboBox>(&dialog, "Combochannel")->currentText(), "1");
-        QCOMPARE(test::text(&dialog, "volumesliderlabel"), "100");
         // General MIDI program order, counted from 1; paired names end in a space.
         const auto *instruments = child<QComboBox>(&dialog, "comboinstr");
         QCOMPARE(instruments->currentText(), "25 Acoustic Guitar (nylon)");
@@ -90,16 +88,6 @@ private slots:
                 s.clearRecords();
             }
         }
-    }
-
-    // Stop noise! in an exercise restarts the port just as closing the dialog does.
-    void stopNoiseRestartsThePort()
-    {
-        test::TestServices s;
-        std::unique_ptr<ExercisePanel> melody(test::makeExercise(QStringLiteral("formmelody"), s.services));
-        melody->Form_Load();
-        test::click(melody.get(), QStringLiteral("stopnoise"));
-        QCOMPARE(s.calls(), PlainRestart);
     }
 };
 

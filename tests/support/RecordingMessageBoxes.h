@@ -7,8 +7,7 @@
 
 namespace tonaro {
 
-// Keeps every box shown and answers questions from a script (Yes when the
-// script is empty).
+// Keeps every box shown and answers every question Yes.
 class RecordingMessageBoxes : public MessageBoxes
 {
 public:
@@ -17,17 +16,25 @@ public:
         QString text;
     };
 
-    void message(QWidget *parent, const QString &text) override;
-    bool question(QWidget *parent, const QString &title, const QString &text) override;
+    void message(QWidget *, const QString &text) override { m_boxes.push_back({ApplicationTitle, text}); }
+    bool question(QWidget *, const QString &title, const QString &text) override
+    {
+        m_boxes.push_back({title, text});
+        return true;
+    }
 
-    void scriptAnswers(std::vector<bool> answers) { m_answers = std::move(answers); }
     const std::vector<Box> &boxes() const { return m_boxes; }
-    QStringList texts() const;
+    QStringList texts() const
+    {
+        QStringList result;
+        for (const Box &box : m_boxes)
+            result << box.text;
+        return result;
+    }
     void clear() { m_boxes.clear(); }
 
 private:
     std::vector<Box> m_boxes;
-    std::vector<bool> m_answers;
 };
 
 } // namespace tonaro

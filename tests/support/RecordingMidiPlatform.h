@@ -29,9 +29,6 @@ public:
         std::uint8_t data2() const { return (message >> 16) & 0xFF; }
     };
 
-    explicit RecordingMidiPlatform(QStringList deviceNames = {QStringLiteral("Built-in synthesizer")})
-        : m_names(std::move(deviceNames)) {}
-
     int outputDeviceCount() override { return int(m_names.size()); }
     QString deviceName(int deviceId) override { return m_names.value(deviceId); }
     int open(MidiHandle *handle, std::int32_t deviceId) override;
@@ -51,7 +48,7 @@ public:
 private:
     int record(Call call, std::int32_t deviceId, std::uint32_t message, int result);
 
-    QStringList m_names;
+    QStringList m_names{QStringLiteral("Built-in synthesizer")}; // as on a system with no MIDI ports
     std::vector<Record> m_records;
     std::map<Call, int> m_failures;
     MidiHandle m_nextHandle = 0x100;

@@ -10,10 +10,16 @@ namespace tonaro {
 class ScriptedRandomSource : public RandomSource
 {
 public:
-    explicit ScriptedRandomSource(std::vector<double> values = {}) : m_values(std::move(values)) {}
-
-    double draw() override;
-    void script(std::vector<double> values);
+    double draw() override
+    {
+        ++m_draws;
+        return m_next < m_values.size() ? m_values[m_next++] : 0.0;
+    }
+    void script(std::vector<double> values)
+    {
+        m_values = std::move(values);
+        m_next = 0;
+    }
     int drawsMade() const { return m_draws; }
 
 private:

@@ -1,11 +1,7 @@
 #include "TestServices.h"
 
 #include "exercise/WaitMs.h"
-#include "exercises/Formchords/Formchords.h"
-#include "exercises/Formscales/Formscales.h"
-#include "exercises/formarmonia/formarmonia.h"
-#include "exercises/formintervalli/formintervalli.h"
-#include "exercises/formmelody/formmelody.h"
+#include "exercises/ExerciseRegistry.h"
 
 #include <QRadioButton>
 
@@ -82,15 +78,7 @@ Started::Started(int exercise) : TestServices(false)
 
 ExercisePanel *makeExercise(const QString &objectName, const Services &services)
 {
-    if (objectName == QLatin1String("formintervalli"))
-        return new formintervalli(services);
-    if (objectName == QLatin1String("Formchords"))
-        return new Formchords(services);
-    if (objectName == QLatin1String("Formscales"))
-        return new Formscales(services);
-    if (objectName == QLatin1String("formarmonia"))
-        return new formarmonia(services);
-    return new formmelody(services);
+    return exerciseEntries()[std::size_t(ExerciseWindows.indexOf(objectName))].create(services, nullptr);
 }
 
 } // namespace tonaro::test

@@ -59,6 +59,9 @@ inline QString text(const QObject *parent, const QString &label) { return child<
 // The four score captions: questions, right answers, answers, percentage.
 QStringList score(const QObject *window);
 
+// The exercise windows' object names, in the order of the bar.
+inline const QStringList ExerciseWindows{"formmelody", "formintervalli", "Formchords", "Formscales", "formarmonia"};
+
 // A new exercise window, by its object name.
 ExercisePanel *makeExercise(const QString &objectName, const Services &services);
 
