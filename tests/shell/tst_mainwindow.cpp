@@ -6,6 +6,9 @@
 #include "TestServices.h"
 
 #include "exercise/ExercisePanel.h"
+#include "shell/ArtworkLabel.h"
+#include "shell/formabout.h"
+#include "shell/frmSplash.h"
 
 #include <QComboBox>
 #include <QDesktopServices>
@@ -115,10 +118,13 @@ private slots:
         QCOMPARE(s.calls(), QStringList({"Open 0", "Send B0 00 00", "Send B0 20 00", "Send C0 18 00"}));
     }
 
-    // The five bar buttons, captioned, look raised at rest, and only
-    // Intervals lights up under the mouse.
-    void barButtons()
+    // The splash and about pictures at their sizes; the five bar buttons,
+    // captioned, look raised at rest, and only Intervals lights up under
+    // the mouse.
+    void picturesAndBarButtons()
     {
+        QCOMPARE(frmSplash().findChild<ArtworkLabel *>()->size(), QSize(353, 175));
+        QCOMPARE(formabout().findChild<ArtworkLabel *>()->size(), QSize(355, 135));
         Shell s;
         const QStringList captions{"Melody", "Intervals", "Chords", "Scale", "Armony"};
         for (int index = 0; index < 5; ++index) {
