@@ -12,6 +12,8 @@ namespace tonaro {
 namespace {
 
 constexpr int AllChannels = -1;
+// A message of our own in the queue: every voice of every channel stops at once.
+constexpr int AllSoundsOff = -1;
 
 } // namespace
 
@@ -119,9 +121,7 @@ MidiResult BuiltInSynth::open()
         return MidiResult::Ok;
     // A note that could not sound while the output was gone must not sound
     // late when it is back.
-    auto connection = std::make_unique<AudioConnection>(*this, m_options.audio, [this] {
-        fluid_synth_all_sounds_off(m_synth.get(), AllChannels);
-    });
+    auto connection = std::make_unique<AudioConnection>(*this, m_options.audio, [this] { queue(AllSoundsOff); });
     if (!connection->connect())
         return MidiResult::NoAudioOutput;
     m_connection = std::move(connection);
@@ -134,7 +134,7 @@ void BuiltInSynth::close()
     // stop without their release. The programs stay selected, so that no
     // samples have to be read again when the port reopens.
     if (waitForLoad() == MidiResult::Ok)
-        fluid_synth_all_sounds_off(m_synth.get(), AllChannels);
+        queue(AllSoundsOff);
 }
 
 MidiResult BuiltInSynth::send(std::uint32_t message)
@@ -150,9 +150,16 @@ MidiResult BuiltInSynth::send(std::uint32_t message)
         m_connection->wake();
         return MidiResult::Ok;
     }
-    const MidiResult result = play(parsed.type(), parsed.channel(), parsed.data1, parsed.data2);
+    MidiResult result = MidiResult::Ok;
+    if (parsed.type() == midi::ProgramChangeStatus) {
+        std::lock_guard lock(m_queueMutex);
+        playQueued();
+        result = play(parsed.type(), parsed.channel(), parsed.data1, parsed.data2);
+    } else {
+        queue(parsed.type(), parsed.channel(), parsed.data1, parsed.data2);
+    }
     // After the message, so that a paused output wakes to a synth that
-    // already sounds the new note.
+    // already has the new note.
     if (m_connection)
         m_connection->wake();
     return result;
@@ -163,6 +170,9 @@ MidiResult BuiltInSynth::play(int type, int channel, int data1, int data2)
     fluid_synth_t *synth = m_synth.get();
     int result = FLUID_OK;
     switch (type) {
+    case AllSoundsOff:
+        fluid_synth_all_sounds_off(synth, AllChannels);
+        break;
     case midi::NoteOnStatus:
         if (data2 > 0) {
             result = fluid_synth_noteon(synth, channel, data1, data2);
@@ -201,14 +211,34 @@ MidiResult BuiltInSynth::play(int type, int channel, int data1, int data2)
     return result == FLUID_FAILED ? MidiResult::SendFailed : MidiResult::Ok;
 }
 
+void BuiltInSynth::queue(int type, int channel, int data1, int data2)
+{
+    std::lock_guard lock(m_queueMutex);
+    m_queue.push_back({type, channel, data1, data2});
+    m_queued = true;
+}
+
+// Under the queue's lock.
+void BuiltInSynth::playQueued()
+{
+    // FluidSynth refuses none of these for a valid message.
+    for (const Message &message : m_queue)
+        play(message.type, message.channel, message.data1, message.data2);
+    m_queue.clear();
+    m_queued = false;
+}
+
 void BuiltInSynth::render(float *interleavedStereo, int frames)
 {
+    // When the caller is queueing right now, its message waits one block.
+    if (std::unique_lock lock(m_queueMutex, std::try_to_lock); lock.owns_lock())
+        playQueued();
     fluid_synth_write_float(m_synth.get(), frames, interleavedStereo, 0, 2, interleavedStereo, 1, 2);
 }
 
 bool BuiltInSynth::isSounding()
 {
-    return fluid_synth_get_active_voice_count(m_synth.get()) > 0;
+    return m_queued || fluid_synth_get_active_voice_count(m_synth.get()) > 0;
 }
 
 } // namespace tonaro

@@ -5,9 +5,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <atomic>
 #include <future>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 struct _fluid_hashtable_t;
 struct _fluid_synth_t;
@@ -17,8 +20,8 @@ namespace tonaro {
 class SoundFontFile;
 
 // The built-in synthesizer: FluidSynth with a General MIDI SoundFont, played
-// through our own audio output (PulseAudio, PipeWire's PulseAudio server or
-// ALSA alone, whichever the system has). The SoundFont is loaded once, on a
+// through our own audio output (PipeWire, PulseAudio or ALSA alone,
+// whichever the system has). The SoundFont is loaded once, on a
 // thread of its own that the constructor starts, so that the load runs while
 // the program shows its splash window; open() waits for it. The first of the
 // system's SoundFonts that loads is used, and its file is held open for the
@@ -85,6 +88,21 @@ private:
     // in place: its samples can no longer be read as they were.
     MidiResult soundFontState();
     MidiResult play(int type, int channel, int data1, int data2);
+    void queue(int type, int channel = 0, int data1 = 0, int data2 = 0);
+    void playQueued();
+
+    // Messages wait here for the thread that renders, which plays them
+    // before its next block: that thread never waits for one of ordinary
+    // priority to leave FluidSynth (a busy machine that preempted the user
+    // interface inside a note-on kept the sound from being rendered for
+    // tens of milliseconds). Program changes read samples, so they are
+    // played on the caller's thread, after what is queued.
+    struct Message {
+        int type, channel, data1, data2;
+    };
+    std::mutex m_queueMutex;
+    std::vector<Message> m_queue;
+    std::atomic<bool> m_queued = false;
 
     const Options m_options;
     std::shared_ptr<SoundFontFile> m_soundFont;

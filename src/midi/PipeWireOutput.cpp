@@ -198,7 +198,8 @@ bool PipeWireOutput::connectCore()
 }
 
 // A PipeWire that serves video only (beside a PulseAudio server, say) has
-// no sink, and a stream there would wait for one forever.
+// no sink, and a stream there would wait out the whole connect timeout for
+// a link that never comes.
 bool PipeWireOutput::findSink(std::chrono::steady_clock::time_point deadline)
 {
     m_registry = pw_core_get_registry(m_core, PW_VERSION_REGISTRY, 0);
