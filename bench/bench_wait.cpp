@@ -1,7 +1,8 @@
 // Prints how exactly WaitMs ends, what processor time a wait costs, how
 // long start-up takes beyond the splash and the memory it leaves resident.
 // The built-in synthesizer plays to a PulseAudio server of the benchmark's
-// own unless PULSE_SERVER names one, and the message boxes are recorded,
+// own (a PipeWire one with BENCH_SERVER=pipewire) unless PULSE_SERVER names
+// one, and the message boxes are recorded,
 // not shown: a box that waited for a click would hang the run.
 #include "../tests/midi/PrivateSoundServer.h"
 #include "BenchSupport.h"
@@ -58,13 +59,11 @@ int main(int argc, char *argv[])
 
     // The server's start is no part of the program's.
     const auto serverStart = steady_clock::now();
-    tonaro::test::PrivateSoundServer server(tonaro::test::PrivateSoundServer::Kind::PulseAudio);
-    if (qEnvironmentVariableIsEmpty("PULSE_SERVER")) {
-        if (server.start())
-            qputenv("PULSE_SERVER", server.address());
-        else
-            std::printf("No PulseAudio server of our own (%s)\n", qPrintable(server.error()));
-    }
+    using tonaro::test::PrivateSoundServer;
+    PrivateSoundServer server(qgetenv("BENCH_SERVER") == "pipewire" ? PrivateSoundServer::Kind::PipeWire
+                                                                   : PrivateSoundServer::Kind::PulseAudio);
+    if (qEnvironmentVariableIsEmpty("PULSE_SERVER") && !server.start())
+        std::printf("No %s server of our own (%s)\n", qPrintable(server.name()), qPrintable(server.error()));
     programStart += steady_clock::now() - serverStart;
 
     auto platform = tonaro::createSystemMidiPlatform();
