@@ -3,9 +3,9 @@
 #include "MidiPlatform.h"
 #include "AudioConnection.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <atomic>
 #include <future>
 #include <memory>
 #include <mutex>
