@@ -199,7 +199,10 @@ private slots:
         // not framed yet, so its frame is not known.
         for (int exercise : {3, 0, 1, 2, 4}) {
             window.botton1_Click(exercise);
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            // The window manager maps it; on a machine busy with other tests
+            // that once took longer than the default five seconds.
+            QVERIFY2(QTest::qWaitForWindowExposed(&window, 20000),
+                     qPrintable(xRead({"-id", QString::number(window.winId())}, QStringLiteral("xwininfo"))));
             const QString id = QString::number(window.winId());
             // left, right, top, bottom
             QList<int> extents;
