@@ -19,10 +19,10 @@ namespace tonaro {
 // Plays straight into a PipeWire server's graph, where one is running and
 // has a sink: PipeWire's PulseAudio server keeps at least three of its
 // 5.3 ms periods queued for a PulseAudio client, so a note reaches the sink
-// some 24 ms after its note-on there and 6 ms here. The graph calls the stream once a period
-// (a short one, which the stream asks for) on a real-time thread of the
-// client library, and the stream renders exactly what that period takes:
-// nothing is queued ahead. After half a second of silence the stream sets
+// some 24 ms after its note-on there and 6 ms here. The graph calls the
+// stream once a period (a short one, which the stream asks for) on a
+// real-time thread of the client library, and the stream renders exactly
+// what that period takes: nothing is queued ahead. After half a second of silence the stream sets
 // itself inactive, so that neither the program nor the graph wakes for it;
 // the next message activates it again.
 class PipeWireOutput : public AudioOutput
