@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdarg>
 
 namespace tonaro {
@@ -12,8 +11,6 @@ namespace tonaro {
 namespace {
 
 constexpr int ChannelCount = 2;
-// Below this a sample counts as silence (about -80 dBFS).
-constexpr float SilenceLevel = 1e-4f;
 constexpr int SoftResample = 1;
 constexpr int Blocking = 0;
 
@@ -178,11 +175,7 @@ bool AlsaOutput::recoverFrom(long error)
 void AlsaOutput::noteOnset(int frames)
 {
     const float *samples = m_block.data();
-    int first = -1;
-    for (int i = 0; i < frames * ChannelCount && first < 0; ++i) {
-        if (std::fabs(samples[i]) > SilenceLevel)
-            first = i / ChannelCount;
-    }
+    const int first = firstSoundingFrame(samples, frames);
     const bool sounding = first >= 0;
     if (sounding && !m_wasSounding) {
         snd_pcm_sframes_t queued = 0;
@@ -241,7 +234,7 @@ bool AlsaOutput::pauseWhenSilent()
         return false;
     }
     m_silentFrames += m_periodFrames;
-    if (m_silentFrames < long(m_settings.pauseAfterSilence.count()) * m_settings.sampleRate / 1000)
+    if (m_silentFrames < m_settings.framesBeforePause())
         return false;
     // Under the lock, so that a message that wakes the output now is not
     // lost to the pause.

@@ -4,6 +4,8 @@
 #include "PipeWireOutput.h"
 #include "PulseAudioOutput.h"
 
+#include <cmath>
+
 #include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
@@ -43,6 +45,16 @@ std::unique_ptr<AudioOutput> startAudioOutput(AudioSource &source, const AudioOu
             return output;
     }
     return nullptr;
+}
+
+int firstSoundingFrame(const float *interleavedStereo, int frames)
+{
+    constexpr float SilenceLevel = 1e-4f;
+    for (int i = 0; i < frames * 2; ++i) {
+        if (std::fabs(interleavedStereo[i]) > SilenceLevel)
+            return i / 2;
+    }
+    return -1;
 }
 
 void raiseAudioThreadPriority()

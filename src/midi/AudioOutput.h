@@ -47,6 +47,8 @@ public:
         std::chrono::milliseconds calmBeforeShrinking{10000};
         std::chrono::milliseconds connectTimeout{2000};
         std::chrono::milliseconds pauseAfterSilence{500};
+
+        long framesBeforePause() const { return long(pauseAfterSilence.count()) * sampleRate / 1000; }
         // False when a lost server is being sought again: a restarting
         // server is the session's business, not ours to spawn.
         bool mayStartServer = true;
@@ -83,6 +85,11 @@ public:
 // The first of backends, in order, whose output starts; null when none does.
 std::unique_ptr<AudioOutput> startAudioOutput(AudioSource &source, const AudioOutput::Settings &settings,
                                               const std::vector<AudioOutput::Backend> &backends);
+
+// The first frame of a block of interleaved float stereo that is not
+// silence (about -80 dBFS), or -1 when the whole block is: where a note's
+// sound begins, for the figures.
+int firstSoundingFrame(const float *interleavedStereo, int frames);
 
 // Asks the system to run the calling audio thread before ordinary work:
 // real-time scheduling where granted, else a higher priority, else nothing.

@@ -19,8 +19,6 @@ namespace {
 
 constexpr int ChannelCount = 2;
 constexpr std::uint32_t FrameBytes = ChannelCount * sizeof(float);
-// Below this a sample counts as silence (about -80 dBFS).
-constexpr float SilenceLevel = 1e-4f;
 
 // The thread loop's lock, held for one scope.
 class ThreadLoopLock
@@ -318,11 +316,7 @@ void PipeWireOutput::process()
 
 void PipeWireOutput::noteOnset(const float *samples, int frames)
 {
-    int first = -1;
-    for (int i = 0; i < frames * ChannelCount && first < 0; ++i) {
-        if (std::fabs(samples[i]) > SilenceLevel)
-            first = i / ChannelCount;
-    }
+    const int first = firstSoundingFrame(samples, frames);
     const bool sounding = first >= 0;
     if (sounding && !m_wasSounding) {
         // The graph's delay runs from the start of the block just rendered
@@ -345,7 +339,7 @@ void PipeWireOutput::pauseWhenSilent(int frames)
         return;
     }
     m_silentFrames += frames;
-    if (m_paused || m_silentFrames < long(m_settings.pauseAfterSilence.count()) * m_settings.sampleRate / 1000)
+    if (m_paused || m_silentFrames < m_settings.framesBeforePause())
         return;
     // The stream may be set inactive only from the loop's thread.
     m_paused = true;
@@ -357,7 +351,7 @@ void PipeWireOutput::deactivateWhenStillSilent()
     if (!m_stream || !m_paused)
         return;
     // A message that came after the real-time thread asked reset the count.
-    if (m_silentFrames < long(m_settings.pauseAfterSilence.count()) * m_settings.sampleRate / 1000
+    if (m_silentFrames < m_settings.framesBeforePause()
         || m_source.isSounding()) {
         m_paused = false;
         return;

@@ -3,7 +3,6 @@
 #include <pulse/pulseaudio.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace tonaro {
 
@@ -11,8 +10,6 @@ namespace {
 
 constexpr int ChannelCount = 2;
 constexpr std::size_t FrameBytes = ChannelCount * sizeof(float);
-// Below this a sample counts as silence (about -80 dBFS).
-constexpr float SilenceLevel = 1e-4f;
 // How long a new stream may wait for its sink before it is asked for again;
 // a server that is not starting links it within milliseconds.
 constexpr std::chrono::milliseconds FirstStreamPatience{250};
@@ -256,11 +253,7 @@ void PulseAudioOutput::writeSound(std::size_t bytes)
 
 void PulseAudioOutput::noteOnset(const float *samples, int frames)
 {
-    int first = -1;
-    for (int i = 0; i < frames * ChannelCount && first < 0; ++i) {
-        if (std::fabs(samples[i]) > SilenceLevel)
-            first = i / ChannelCount;
-    }
+    const int first = firstSoundingFrame(samples, frames);
     const bool sounding = first >= 0;
     if (sounding && !m_wasSounding) {
         m_figures.onsetWritten = std::chrono::steady_clock::now();
@@ -282,7 +275,7 @@ void PulseAudioOutput::pauseWhenSilent(int frames)
         return;
     }
     m_silentFrames += frames;
-    if (m_paused || m_silentFrames < long(m_settings.pauseAfterSilence.count()) * m_settings.sampleRate / 1000)
+    if (m_paused || m_silentFrames < m_settings.framesBeforePause())
         return;
     m_paused = true;
     ++m_figures.pauses;
